@@ -1,0 +1,23 @@
+# Settings that every target of the project shares.
+
+add_library(project_settings INTERFACE)
+target_include_directories(project_settings INTERFACE ${PROJECT_SOURCE_DIR})
+target_compile_options(project_settings INTERFACE
+  -Wall -Wextra -Wpedantic -Werror -Wshadow -Wconversion -Wno-sign-conversion -Wold-style-cast -Wnon-virtual-dtor
+  -Wcast-align -Woverloaded-virtual -Wnull-dereference)
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  # g++ 12 sees null dereferences in libstdc++'s own inlined code.
+  target_compile_options(project_settings INTERFACE -Wno-null-dereference)
+endif()
+if(GIF_SANITIZE)
+  target_compile_options(project_settings INTERFACE
+    -fsanitize=${GIF_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(project_settings INTERFACE -fsanitize=${GIF_SANITIZE})
+endif()
+
+# A folder's code as a static library: folder_library(NAME SOURCES... LINK TARGETS...)
+function(folder_library name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
+  add_library(${name} STATIC ${arg_SOURCES})
+  target_link_libraries(${name} PUBLIC project_settings ${arg_LINK})
+endfunction()
