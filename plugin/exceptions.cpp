@@ -46,6 +46,13 @@ void RaiseOutOfBoundsException(int64_t value, int64_t count, const char* paramet
   RaiseException("OutOfBoundsException", text.get());
 }
 
+void RaiseOutOfMemoryException(int64_t size) {
+  char message[200];
+  std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
+                static_cast<long long>(size));
+  RaiseException("OutOfMemoryException", message);
+}
+
 void RaiseCaughtException() {
   // The first match wins, so the order is that of the most to the least particular.
   try {

@@ -14,3 +14,6 @@ void RaiseOutOfBoundsException(int64_t value, int64_t count, const char* paramet
 
 // Raises the C++ exception being handled as a host exception; to be called in a catch block only.
 void RaiseCaughtException();
+
+// Raises "OutOfMemoryException" for a MemoryBlock of `size` bytes that could not be made or reached.
+void RaiseOutOfMemoryException(int64_t size);

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <cstdio>
 #include <cstring>
 #include <memory>
 #include <mutex>
@@ -85,10 +84,7 @@ REALmemoryBlockStruct* REALBuildMemoryblock(const void* bytes, int64_t size) {
   } catch (const std::bad_alloc&) {
     // Told below, as every other failure is.
   }
-  char message[200];
-  std::snprintf(message, sizeof message, "Failed to allocate a memoryblock with %lld bytes in size.",
-                static_cast<long long>(size));
-  RaiseException("OutOfMemoryException", message);
+  RaiseOutOfMemoryException(size);
   return nullptr;
 }
 
