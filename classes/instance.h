@@ -20,14 +20,14 @@
 
 using HostInteger = int64_t;
 
-// The class definitions of plugin/definitions.cpp. The host writes each one's instance offset at registration.
+// The definitions that instances are registered with; the host writes each one's instance offset.
 extern REALclassDefinition GifClass;
+extern REALclassDefinition GifPictureClass;
+extern REALclassDefinition GifDataClass;
+extern REALclassDefinition GifBlockClass;
 extern REALclassDefinition GifScreenClass;
 extern REALclassDefinition GifPaletteClass;
-extern REALclassDefinition GifBlockClass;
-extern REALclassDefinition GifPictureClass;
 extern REALclassDefinition GifExtensionClass;
-extern REALclassDefinition GifDataClass;
 
 struct GifInstance {
   using Record = Gif;
@@ -143,6 +143,10 @@ ObjectRef NewView(typename Instance::Record* record, REALobjectStruct* owner) {
 
 // The owner that views made from this instance get: a document is the owner of its own views.
 template <typename Instance>
-REALobjectStruct* OwnerOfViews(REALobjectStruct* self) { return DataOf<Instance>(self)->owner; }
+REALobjectStruct* OwnerOfViews(REALobjectStruct* self) {
+  return DataOf<Instance>(self)->owner;
+}
 template <>
-inline REALobjectStruct* OwnerOfViews<GifInstance>(REALobjectStruct* self) { return self; }
+inline REALobjectStruct* OwnerOfViews<GifInstance>(REALobjectStruct* self) {
+  return self;
+}

@@ -1,6 +1,7 @@
 #include "codec/building.h"
 
 #include <cstdlib>
+#include <initializer_list>
 
 void* AllocateZeroed(size_t count, size_t size) { return std::calloc(count, size); }
 

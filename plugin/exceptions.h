@@ -11,3 +11,9 @@ void RaiseException(const char* class_name, const char* message);
 
 // Raises "OutOfBoundsException" for a value that the caller found outside 0 to `count` - 1. The names may be null.
 void RaiseOutOfBoundsException(int64_t value, int64_t count, const char* parameter_name, const char* method_name);
+
+// Raises the C++ exception being handled as a host exception; to be called in a catch block only.
+void RaiseCaughtException();
+
+// Raises "OutOfMemoryException" for a MemoryBlock of `size` bytes that could not be made or reached.
+void RaiseOutOfMemoryException(int64_t size);

@@ -90,8 +90,8 @@ class HostFunctionUntilFound<Result(Arguments...)> {
 
 // --- The catalogue -------------------------------------------------------------------------------------------
 
-using HostBoolean = int8_t;                     // 0 false, else true
-using TextEncoding = uint32_t;                  // the codes below
+using HostBoolean = int8_t;     // 0 false, else true
+using TextEncoding = uint32_t;  // the codes below
 
 constexpr TextEncoding kEncodingMacRoman = 0;
 constexpr TextEncoding kEncodingUtf16 = 0x100;

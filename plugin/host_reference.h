@@ -20,11 +20,15 @@ inline REALobjectStruct* AsObject(REALpictureStruct* h) { return reinterpret_cas
 inline REALobjectStruct* AsObject(REALfolderItemStruct* h) { return reinterpret_cast<REALobjectStruct*>(h); }
 
 template <typename Handle>
-inline void AddHostReference(Handle* handle) { REALLockObject(AsObject(handle)); }
+inline void AddHostReference(Handle* handle) {
+  REALLockObject(AsObject(handle));
+}
 inline void AddHostReference(REALstringStruct* handle) { REALLockString(handle); }
 
 template <typename Handle>
-inline void GiveUpHostReference(Handle* handle) { REALUnlockObject(AsObject(handle)); }
+inline void GiveUpHostReference(Handle* handle) {
+  REALUnlockObject(AsObject(handle));
+}
 inline void GiveUpHostReference(REALstringStruct* handle) { REALUnlockString(handle); }
 
 template <typename Handle>
