@@ -4,7 +4,7 @@
 --
 -- Nothing is taken for granted: damaged files print as far as they can be read. Sections are those of GIF89a.
 
-local kLongestText = 48 -- bytes of a comment or text that are shown
+local kLongestText = 60 -- bytes of a comment or text that are shown
 
 -- --- Words --------------------------------------------------------------------------------------------------------
 
@@ -15,7 +15,7 @@ end
 -- Bytes between quotes, with everything but printable ASCII escaped.
 local function quoted(bytes)
   local names = { ["\n"] = "\\n", ["\r"] = "\\r", ["\t"] = "\\t", ['"'] = '\\"', ["\\"] = "\\\\" }
-  local shown = bytes:sub(1, kLongestText):gsub('[^ !#-%[%]-~]', function(c)
+  local shown = bytes:sub(1, kLongestText):gsub('[%c"\\\127-\255]', function(c)
     return names[c] or ("\\x%02X"):format(c:byte())
   end)
   return '"' .. shown .. '"' .. (#bytes > kLongestText and "..." or "")
@@ -44,7 +44,7 @@ end
 
 local function sub_blocks(extension)
   local blocks = {}
-  for i = 0, extension.Count - 1 do blocks[i + 1] = extension:Data(i).DataString or "" end
+  for i, data in pairs(extension) do blocks[i + 1] = data.DataString end
   return blocks
 end
 
@@ -76,13 +76,17 @@ local function plain_text(blocks)
     ("colours %d on %d"):format(ink, paper))
 end
 
+-- 0 stands for ever, nil for an animation that says nothing.
+local function loops_text(loops)
+  return not loops and "" or loops == 0 and "loops forever" or "loops " .. count(loops, "time")
+end
+
 -- Section 26: eight characters of identifier, three of authentication code. Looping is that of the Netscape browser.
 local function application(blocks)
   local name, code = blocks[1]:sub(1, 8), blocks[1]:sub(9, 11)
   local looping = (name .. code == "NETSCAPE2.0" or name .. code == "ANIMEXTS1.0") and blocks[2] or ""
   local loops = #looping >= 3 and looping:byte(1) & 7 == 1 and ("<I2"):unpack(looping, 2) or nil
-  return list(quoted(name .. code), loops and (loops == 0 and "loops forever" or "loops " .. count(loops, "time")) or ""),
-      { loops = loops }
+  return list(quoted(name .. code), loops_text(loops)), { loops = loops }
 end
 
 -- By label: a name, the bytes that the first sub-block must have, and what tells the rest.
@@ -110,10 +114,11 @@ end
 
 -- Sections 20 and 21.
 local function describe_image(picture)
-  return list(
-    ("%s at (%d, %d)"):format(size(picture), picture.Left, picture.Top),
+  local place = ("(%d, %d)"):format(picture.Left, picture.Top)
+  local flags = list(
     picture.Interlace and "interlaced" or "",
     picture.HasPalette and "local table of " .. colours(picture) or "")
+  return (("%-11s at %-11s %s"):format(size(picture), place, flags):gsub(" +$", ""))
 end
 
 -- Section 18. An aspect byte of 0 gives no ratio.
@@ -121,7 +126,7 @@ local function describe_screen(screen)
   local aspect = screen.Aspect
   return list(
     size(screen) .. " pixels",
-    ("%d bits per primary colour"):format(screen.ColorResolution),
+    count(screen.ColorResolution, "bit") .. " per primary colour",
     ("background %d"):format(screen.BackgroundColor),
     aspect > 0 and ("pixel aspect %.2f"):format((aspect + 15) / 64) or "")
 end
@@ -150,12 +155,12 @@ local function print_block(index, block, sums)
 end
 
 local function print_sums(sums)
-  local played = sums.loops and (sums.loops == 0 and "loops forever" or "loops " .. count(sums.loops, "time")) or ""
-  print_line("sum", count(sums.images, "image"), list(
+  print_line("", "sum", list(
+    count(sums.images, "image"),
     count(sums.extensions, "extension"),
     count(sums.pixels, "pixel"),
     sums.delay_cs > 0 and ("%.2f s"):format(sums.delay_cs / 100) or "",
-    played))
+    loops_text(sums.loops)))
 end
 
 local function print_tree(path, gif)
@@ -165,7 +170,7 @@ local function print_tree(path, gif)
   print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none")
 
   local sums = { images = 0, extensions = 0, pixels = 0, delay_cs = 0 }
-  for i = 0, gif.Count - 1 do print_block(i, gif:Block(i), sums) end
+  for i, block in pairs(gif) do print_block(i, block, sums) end
   print_sums(sums)
 end
 
