@@ -38,8 +38,8 @@ struct REALproperty {
   const char* type;
   uint32_t flags;
   REALproc getter;
-  REALproc setter;    // null: read-only
-  int64_t parameter;  // handed to getter and setter; 0 throughout
+  REALproc setter;      // null: read-only
+  int64_t parameter;    // handed to getter and setter; 0 throughout
   void* reserved_last;  // always null
 };
 

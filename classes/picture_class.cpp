@@ -1,0 +1,165 @@
+#include "classes/picture_class.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "classes/palette_class.h"
+#include "classes/property.h"
+#include "plugin/host_values.h"
+
+namespace picture {
+
+using Instance = GifPictureInstance;
+using Record = Instance::Record;
+
+int64_t GetLeft(REALobjectStruct* self, int64_t) { return GetInteger<&Record::left, &Instance::left>(self); }
+void SetLeft(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::left>(self, value); }
+
+int64_t GetTop(REALobjectStruct* self, int64_t) { return GetInteger<&Record::top, &Instance::top>(self); }
+void SetTop(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::top>(self, value); }
+
+int64_t GetWidth(REALobjectStruct* self, int64_t) { return GetInteger<&Record::width, &Instance::width>(self); }
+void SetWidth(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::width>(self, value); }
+
+int64_t GetHeight(REALobjectStruct* self, int64_t) { return GetInteger<&Record::height, &Instance::height>(self); }
+void SetHeight(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::height>(self, value); }
+
+int8_t Getinterlace(REALobjectStruct* self, int64_t) {
+  return GetBoolean<&Record::interlace, &Instance::interlace>(self);
+}
+void Setinterlace(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::interlace>(self, value); }
+
+int8_t Getsorted(REALobjectStruct* self, int64_t) { return GetBoolean<&Record::sorted, &Instance::sorted>(self); }
+void Setsorted(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::sorted>(self, value); }
+
+int8_t Gethas_cmap(REALobjectStruct* self, int64_t) {
+  return GetBoolean<&Record::has_cmap, &Instance::has_cmap>(self);
+}
+void Sethas_cmap(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::has_cmap>(self, value); }
+
+int64_t Getcmap_depth(REALobjectStruct* self, int64_t) {
+  return GetInteger<&Record::cmap_depth, &Instance::cmap_depth>(self);
+}
+void Setcmap_depth(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::cmap_depth>(self, value); }
+
+REALobjectStruct* GetGifPalette(REALobjectStruct* self, int64_t) {
+  return GetObject<GifPaletteInstance, &Record::cmap, &Instance::palette>(self);
+}
+void SetGifPalette(REALobjectStruct* self, int64_t, REALobjectStruct* palette) {
+  SetStored<&Instance::palette>(self, palette);
+}
+
+// --- Pixels ------------------------------------------------------------------------------------------------------
+
+// A run of bytes of which only the first `there` exist; the rest read as zeros.
+struct Bytes {
+  const uint8_t* first;
+  int64_t there;
+};
+
+// What stands in a block from `offset` on, at most `length` bytes.
+static Bytes BytesOf(REALmemoryBlockStruct* block, int64_t offset, int64_t length) {
+  const auto* bytes = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(block));
+  const int64_t behind = bytes ? MemoryBlockSize(block) - offset : 0;
+  if (behind <= 0) return {nullptr, 0};
+  return {bytes + offset, std::min(behind, length)};
+}
+
+// The number of pixels, when a MemoryBlock is made for so many: from 0 to 2^31 - 1. Otherwise -1.
+static int64_t PixelCount(int64_t width, int64_t height) {
+  int64_t count = 0;
+  if (__builtin_mul_overflow(width, height, &count)) return -1;
+  return count <= INT32_MAX ? std::max<int64_t>(count, -1) : -1;
+}
+
+// Copies the run to `target` and fills up to `size` bytes with zeros.
+static void CopyBytes(uint8_t* target, int64_t size, Bytes source) {
+  std::copy_n(source.first, source.there, target);
+  std::fill_n(target + source.there, size - source.there, uint8_t{0});
+}
+
+// A new block of `size` bytes that `fill` writes, all of them, since the host need not clear it. Null for a negative
+// size and when the host makes no block. Never raises.
+template <typename Fill>
+static REALmemoryBlockStruct* NewPixelBlock(int64_t size, Fill fill) {
+  if (size < 0) return nullptr;
+  MemoryBlockRef block = NewMemoryBlock(size);
+  auto* pixels = static_cast<uint8_t*>(MyREALMemoryBlockGetPtr(block.get()));
+  if (size > 0 && !pixels) return nullptr;
+  if (size > 0) fill(pixels);
+  return block.Detach();
+}
+
+// All rows of a record, top row first.
+static REALmemoryBlockStruct* CopyRows(const Record* record) {
+  const int64_t width = record->width;
+  const int64_t size = PixelCount(width, record->height);
+  return NewPixelBlock(size, [&](uint8_t* pixels) {
+    if (!record->data) return CopyBytes(pixels, size, {});
+    for (int32_t row = 0; row < record->height; ++row) {
+      const uint8_t* bytes = record->data[row];
+      CopyBytes(pixels + row * width, width, {bytes, bytes ? width : 0});
+    }
+  });
+}
+
+// The block that stands for this picture's pixels, shared with the script; in both modes it wins over the record.
+REALmemoryBlockStruct* GetData(REALobjectStruct* self, int64_t) {
+  const Instance* data = DataOf<Instance>(self);
+  if (!data->pixel_block && data->record) return CopyRows(data->record);
+  return GetStored<&Instance::pixel_block>(self);
+}
+void SetData(REALobjectStruct* self, int64_t, REALmemoryBlockStruct* value) {
+  SetStored<&Instance::pixel_block>(self, value);
+}
+
+REALmemoryBlockStruct* GetPixelData(REALobjectStruct* self, int64_t row) {
+  const Instance* data = DataOf<Instance>(self);
+  if (row < 0) return nullptr;
+  if (const Record* record = data->record) {
+    return row < record->height ? REALBuildMemoryblock(record->data[row], record->width) : nullptr;
+  }
+  if (!data->pixel_block || row >= data->height || data->width < 1) return nullptr;
+  int64_t offset = 0;
+  if (__builtin_mul_overflow(row, data->width, &offset)) offset = INT64_MAX;  // behind the end of any block
+  const Bytes bytes = BytesOf(data->pixel_block, offset, data->width);
+  const auto fill = [&](uint8_t* pixels) { CopyBytes(pixels, data->width, bytes); };
+  REALmemoryBlockStruct* block = NewPixelBlock(data->width, fill);
+  if (!block) RaiseOutOfMemoryException(data->width);
+  return block;
+}
+
+// A stored block is copied in the size that the instance's own fields say, also on an attached picture.
+REALmemoryBlockStruct* CopyData(REALobjectStruct* self) {
+  const Instance* data = DataOf<Instance>(self);
+  if (!data->pixel_block) return GetData(self, 0);
+  const int64_t size = PixelCount(data->width, data->height);
+  const auto fill = [&](uint8_t* pixels) { CopyBytes(pixels, size, BytesOf(data->pixel_block, 0, size)); };
+  return NewPixelBlock(size, fill);
+}
+
+REALobjectStruct* CloneGifPictureZKV(REALobjectStruct* source) {
+  ObjectRef copy = NewCopyOf<Instance>(source);
+  if (!copy) return nullptr;
+  Instance* to = DataOf<Instance>(copy.get());
+  to->left = GetLeft(source, 0);
+  to->top = GetTop(source, 0);
+  to->width = GetWidth(source, 0);
+  to->height = GetHeight(source, 0);
+  to->sorted = Getsorted(source, 0);
+  to->cmap_depth = Getcmap_depth(source, 0);
+  to->interlace = Getinterlace(source, 0);
+  to->has_cmap = Gethas_cmap(source, 0);
+  to->pixel_block = CopyData(source);
+  to->palette = CloneChild(GetGifPalette(source, 0), palette::CloneGifPaletteZKV);
+  return copy.Detach();
+}
+
+void GifPictureDestructor(REALobjectStruct* self) {
+  Instance* data = DataOf<Instance>(self);
+  ReleaseView(data);
+  ClearField(data->palette);
+  ClearField(data->pixel_block);
+}
+
+}  // namespace picture

@@ -1,0 +1,4 @@
+#include "plugin/host_functions.h"
+
+REALresolver gResolver = nullptr;
+double rbversion_rbversion = 0.0;

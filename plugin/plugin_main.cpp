@@ -1,0 +1,36 @@
+// The plugin's one exported function.
+
+#include "classes/instance.h"
+#include "plugin/definitions.h"
+#include "plugin/host_functions.h"
+#include "plugin/registration.h"
+
+static void AskHostVersion() {
+  const auto version = reinterpret_cast<double (*)()>(ResolveHostFunction("REALGetRBVersion"));
+  if (version) rbversion_rbversion = version();
+}
+
+static void TellControlVersion() {
+  CallOrNeutral<void>(ResolveHostFunction("RegisterPluginVersion"), static_cast<int32_t>(CurrentREALControlVersion));
+}
+
+// Called once by the host, before any script runs. The resolver gives a host function's address by its name,
+// or null when the host has none; it is kept for the life of the process. Registers everything that scripts
+// see.
+extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolver resolver) {
+  gResolver = resolver;
+  AskHostVersion();
+  CurrentREALControlVersion = ControlVersionFor(rbversion_rbversion);
+  TellControlVersion();
+  gpartname = "GIF";
+
+  REALclassDefinition* const classes[] = {&GifClass,       &GifPictureClass, &GifDataClass,     &GifBlockClass,
+                                          &GifScreenClass, &GifPaletteClass, &GifExtensionClass};
+  for (REALclassDefinition* definition : classes) FixConsoleFlags(definition);
+  FixConsoleFlags(&folderitem2Class3);
+  for (REALmethodDefinition& method : globalMethods) method.flags = FixedFlags(method.flags);
+
+  for (REALclassDefinition* definition : classes) RegisterClass(definition);
+  RegisterClassExtension(&folderitem2Class3);
+  RegisterGlobalMethods(globalMethods, 2);
+}
