@@ -1,7 +1,7 @@
 #pragma once
 
-// The handlers of the members that return pictures. Each returns a picture with one reference for the script, or
-// null; none raises an exception.
+// The handlers of the members that return pictures. Each returns a picture with one reference for the script,
+// or null; none raises an exception.
 
 #include "plugin/host_records.h"
 
