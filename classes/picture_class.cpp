@@ -49,8 +49,7 @@ void SetGifPalette(REALobjectStruct* self, int64_t, REALobjectStruct* palette) {
   SetStored<&Instance::palette>(self, palette);
 }
 
-// --- Pixels
-// ---------------------------------------------------------------------------------------------------------
+// --- Pixels ------------------------------------------------------------------------------------------------------
 
 // A run of bytes of which only the first `there` exist; the rest read as zeros.
 struct Bytes {

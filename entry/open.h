@@ -5,8 +5,8 @@
 #include "codec/document.h"
 #include "plugin/host_records.h"
 
-// A new GIFZKV instance that owns the document read; null when the bytes do not begin with "GIF", the item names no
-// readable file, or memory or the instance is not to be had.
+// A new GIFZKV instance that owns the document read; null when the bytes do not begin with "GIF", the item
+// names no readable file, or memory or the instance is not to be had.
 REALobjectStruct* OpenGIFfile1(REALfolderItemStruct* item);
 REALobjectStruct* OpenGIFstring(REALstringStruct* data);
 

@@ -1,0 +1,138 @@
+#include "codec/writer.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <memory>
+
+#include "codec/building.h"
+#include "codec/lzw_encoder.h"
+
+namespace {
+
+constexpr int32_t kMinimumCodeSize = 2;
+constexpr int32_t kMaximumCodeSize = 11;  // codes have 12 bits at most
+constexpr int32_t kUsualCodeSize = 8;     // holds any pixel
+constexpr int32_t kSubBlockLimit = 255;
+
+void PutWord(MyFILE* stream, int32_t value) {
+  MyPutc(stream, value & 0xFF);
+  MyPutc(stream, (value >> 8) & 0xFF);
+}
+
+int32_t Flag(int32_t value, int bit) { return value == 0 ? 0 : 1 << bit; }
+
+// A number of bits (1 to 8) as a packed byte's three-bit field holds it.
+int32_t PackedDepth(int32_t depth) { return std::clamp(depth, 1, 8) - 1; }
+
+// Sections 19 and 21. Whether the entries are as many as the descriptor says is up to whoever built the
+// document.
+void WritePalette(MyFILE* stream, const GifPalette* palette) {
+  if (!palette || !palette->colours) return;
+  for (int32_t i = 0; i < palette->count; ++i) {
+    const Colour& colour = palette->colours[i];
+    const uint8_t bytes[] = {colour.red, colour.green, colour.blue};
+    WriteBytes(stream, bytes, sizeof bytes);
+  }
+}
+
+// Section 17.
+void WriteHeader(MyFILE* stream, const Gif* gif) {
+  for (const char character : gif->header) {
+    if (character == '\0') return;
+    MyPutc(stream, character);
+  }
+}
+
+// Sections 18 and 19. The depth is written with or without a table.
+void WriteScreen(MyFILE* stream, const GifScreen* screen) {
+  PutWord(stream, screen->width);
+  PutWord(stream, screen->height);
+  MyPutc(stream, Flag(screen->has_cmap, 7) | PackedDepth(screen->color_res) << 4 | Flag(screen->sorted, 3) |
+                     PackedDepth(screen->cmap_depth));
+  MyPutc(stream, screen->bgcolour);
+  MyPutc(stream, screen->aspect);
+  if (screen->has_cmap) WritePalette(stream, screen->cmap);
+}
+
+// Sections 20 and 21.
+void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
+  PutWord(stream, picture->left);
+  PutWord(stream, picture->top);
+  PutWord(stream, picture->width);
+  PutWord(stream, picture->height);
+  MyPutc(stream, Flag(picture->has_cmap, 7) | Flag(picture->interlace, 6) | Flag(picture->sorted, 5) |
+                     (picture->reserved & 3) << 3 |
+                     (picture->has_cmap ? PackedDepth(picture->cmap_depth) : 0));
+  if (picture->has_cmap) WritePalette(stream, picture->cmap);
+}
+
+// Section 22: bits for each pixel of a picture, from the table that its pixels index.
+int32_t CodeSize(const GifScreen* screen, const GifPicture* picture) {
+  const int32_t depth = picture->has_cmap ? picture->cmap_depth : screen->cmap_depth;
+  return depth > kMaximumCodeSize ? kUsualCodeSize : std::max(depth, kMinimumCodeSize);
+}
+
+void WriteRows(MyFILE* stream, GifEncoder* encoder, const GifPicture* picture) {
+  if (!picture->data || picture->width < 1) return;
+  for (int32_t i = 0; i < picture->height; ++i) {
+    const int32_t row = DisplayRow(picture->height, picture->interlace != 0, i);
+    WriteGifLine(stream, encoder, picture->data[row], picture->width);
+  }
+}
+
+struct Release {
+  void operator()(GifEncoder* encoder) const { std::free(encoder); }
+};
+
+void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* picture) {
+  const int32_t code_size = CodeSize(screen, picture);
+  const std::unique_ptr<GifEncoder, Release> encoder(NewRecord<GifEncoder>());
+  MyPutc(stream, code_size);
+  if (!encoder) return MyPutc(stream, 0);  // an image without pixels: what follows stays readable
+  StartGifEncoder(encoder.get(), code_size);
+  WriteGifCode(stream, encoder.get(), encoder->clear_code);
+  WriteRows(stream, encoder.get(), picture);
+  if (encoder->prefix_code != kNoPrefix) WriteGifCode(stream, encoder.get(), encoder->prefix_code);
+  WriteGifCode(stream, encoder.get(), encoder->end_code);
+  WriteGifCode(stream, encoder.get(), kFlush);
+}
+
+// Section 15. What is longer than a sub-block can be goes into several.
+void WriteData(MyFILE* stream, const GifData* data) {
+  int32_t written = 0;
+  do {
+    const int32_t length = std::clamp(data->length - written, 0, kSubBlockLimit);
+    MyPutc(stream, length);
+    WriteBytes(stream, data->bytes + written, length);
+    written += length;
+  } while (written < data->length);
+}
+
+// Sections 23 to 26.
+void WriteExtension(MyFILE* stream, const GifExtension* extension) {
+  MyPutc(stream, extension->marker);
+  for (int32_t i = 0; extension->data && i < extension->count; ++i) {
+    if (extension->data[i]) WriteData(stream, extension->data[i]);
+  }
+  MyPutc(stream, 0);
+}
+
+void WriteBlock(MyFILE* stream, const GifScreen* screen, const GifBlock* block) {
+  MyPutc(stream, block->intro);
+  if (block->picture) {
+    WriteImageDescriptor(stream, block->picture);
+    WriteImageData(stream, screen, block->picture);
+  }
+  if (block->extension) WriteExtension(stream, block->extension);
+}
+
+}  // namespace
+
+void WriteGif(MyFILE* stream, const Gif* gif) {
+  WriteHeader(stream, gif);
+  WriteScreen(stream, gif->screen);
+  for (int32_t i = 0; gif->blocks && i < gif->count; ++i) {
+    if (gif->blocks[i]) WriteBlock(stream, gif->screen, gif->blocks[i]);
+  }
+  MyPutc(stream, kTrailer);
+}

@@ -1,0 +1,145 @@
+#include "entry/document_assembly.h"
+
+#include <algorithm>
+#include <cstring>
+#include <limits>
+
+#include "codec/building.h"
+#include "entry/holders.h"
+#include "plugin/host_values.h"
+
+namespace {
+
+int32_t Low32(HostInteger value) { return static_cast<int32_t>(value); }
+int32_t Truth(HostBoolean value) { return value != 0; }
+int32_t Truth(HostInteger boolean_in_lowest_byte) { return (boolean_in_lowest_byte & 0xFF) != 0; }
+
+// A new array with room for every entry of the list; null without entries and without memory.
+template <typename Record>
+Record** RoomFor(const ObjectList* list) {
+  const int64_t entries = CountOf(list);
+  if (entries < 1 || entries > std::numeric_limits<int32_t>::max()) return nullptr;
+  return NewRecord<Record*>(static_cast<size_t>(entries));
+}
+
+// A new array of what `make` gives for each object in the list, null results left out; `count` tells how
+// many.
+template <typename Instance, typename Record>
+Record** Collect(const ObjectList* list, Record* (*make)(const Instance&), int32_t& count) {
+  count = 0;
+  Record** records = RoomFor<Record>(list);
+  for (int64_t i = 0; records && i < CountOf(list); ++i) {
+    const ObjectRef object = ObjectRef::Share(ObjectAt(list, i));
+    Record* record = object ? make(*DataOf<Instance>(object.get())) : nullptr;
+    if (record) records[count++] = record;
+  }
+  return records;
+}
+
+// A palette of the object's entries; null when `object` is.
+GifPalette* CopyPalette(REALobjectStruct* object) {
+  if (!object) return nullptr;
+  const auto& source = *DataOf<GifPaletteInstance>(object);
+  GifPalette* palette =
+      NewPalette(Low32(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
+  if (palette) std::copy_n(source.colours, palette->count, palette->colours);
+  return palette;
+}
+
+void CopyScreen(const GifScreenInstance& source, GifScreen* screen) {
+  screen->width = Low32(source.width);
+  screen->height = Low32(source.height);
+  screen->has_cmap = Truth(source.has_cmap);
+  screen->color_res = Low32(source.color_res);
+  screen->sorted = Truth(source.sorted);
+  screen->cmap_depth = Low32(source.cmap_depth);
+  screen->bgcolour = Low32(source.bgcolour);
+  screen->aspect = Low32(source.aspect);
+  DeletePalette(screen->cmap);
+  screen->cmap = CopyPalette(source.palette);
+}
+
+// At most six characters, over the start of the header that is there.
+void CopyHeader(REALstringStruct* source, char* header) {
+  const StringContents text(source);
+  if (text.length() > 0)
+    std::strncpy(header, text.bytes(), static_cast<size_t>(std::min<int64_t>(text.length(), 6)));
+}
+
+// Fills the rows with what the MemoryBlock holds of them.
+void CopyPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
+  const auto* bytes = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(source));
+  int64_t left = bytes ? MemoryBlockSize(source) : 0;
+  for (int32_t row = 0; picture->pixels && row < picture->height && left > 0; ++row) {
+    const int64_t length = std::min<int64_t>(left, picture->width);
+    std::copy_n(bytes, length, picture->data[row]);
+    bytes += length;
+    left -= length;
+  }
+}
+
+GifPicture* AssemblePicture(const GifPictureInstance& source) {
+  GifPicture* picture = NewRecord<GifPicture>();
+  if (!picture) return nullptr;
+  picture->left = Low32(source.left);
+  picture->top = Low32(source.top);
+  picture->width = Low32(source.width);
+  picture->height = Low32(source.height);
+  picture->interlace = Truth(source.interlace);
+  picture->sorted = Truth(source.sorted);
+  picture->has_cmap = Truth(source.has_cmap);
+  picture->cmap_depth = Low32(source.cmap_depth);
+  picture->cmap = CopyPalette(source.palette);
+  if (MakeRows(picture)) CopyPixels(source.pixel_block, picture);
+  return picture;
+}
+
+GifData* AssembleData(const GifDataInstance& source) {
+  const StringContents contents(source.data_string);
+  if (contents.length() < 1 || contents.length() > std::numeric_limits<int32_t>::max()) return nullptr;
+  const auto length = static_cast<size_t>(contents.length());
+  GifData* data = NewRecord<GifData>();
+  uint8_t* bytes = NewRecord<uint8_t>(length);
+  if (!data || !bytes) {
+    std::free(bytes);
+    std::free(data);
+    return nullptr;
+  }
+  std::memcpy(bytes, contents.bytes(), length);
+  data->length = static_cast<int32_t>(length);
+  data->bytes = bytes;
+  return data;
+}
+
+GifExtension* AssembleExtension(const GifExtensionInstance& source) {
+  GifExtension* extension = NewRecord<GifExtension>();
+  if (!extension) return nullptr;
+  extension->marker = Low32(source.marker);
+  extension->data = Collect(source.items, AssembleData, extension->count);
+  return extension;
+}
+
+// Null also when the block should have a picture or an extension for which there is no memory: its introducer
+// alone would spoil what follows.
+GifBlock* AssembleBlock(const GifBlockInstance& source) {
+  GifBlock* block = NewRecord<GifBlock>();
+  if (!block) return nullptr;
+  block->intro = Low32(source.intro);
+  if (source.picture) block->picture = AssemblePicture(*DataOf<GifPictureInstance>(source.picture));
+  if (source.extension) block->extension = AssembleExtension(*DataOf<GifExtensionInstance>(source.extension));
+  const bool complete = (block->picture || !source.picture) && (block->extension || !source.extension);
+  if (complete) return block;
+  DeleteGifBlock(block);
+  return nullptr;
+}
+
+}  // namespace
+
+Gif* AssembleDocument(const GifInstance& source) {
+  DocumentHolder gif(NewGif());
+  if (!gif) return nullptr;
+  if (source.screen) CopyScreen(*DataOf<GifScreenInstance>(source.screen), gif->screen);
+  CopyHeader(source.header, gif->header);
+  gif->blocks = Collect(source.blocks, AssembleBlock, gif->count);
+  return gif.release();
+}

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Who may include whom: every `#include "folder/..."` of a folder names one that it may use.
+set -euo pipefail
+cd "$1"
+
+# file pattern: folders it may include, besides its own
+rules=(
+  'platform/*: '
+  'codec/folder_item.*: plugin platform'
+  'codec/*: '
+  'plugin/definitions.cpp: classes entry picture'
+  'plugin/plugin_main.cpp: classes'
+  'plugin/*: platform'
+  'classes/*: codec plugin'
+  'picture/*: codec plugin platform classes entry'
+  'entry/*: codec plugin classes'
+  'host/*: platform plugin/host_records.h'
+)
+
+faults=0
+checked=0
+for file in {platform,codec,plugin,classes,picture,entry,host}/*.{h,cpp}; do
+  for rule in "${rules[@]}"; do
+    # shellcheck disable=SC2053
+    [[ $file == ${rule%%:*} ]] && break
+  done
+  allowed="${file%%/*} ${rule#*:}"
+  while read -r included; do
+    checked=$((checked + 1))
+    folder="${included%%/*}"
+    [[ " $allowed " == *" $folder "* || " $allowed " == *" $included "* ]] && continue
+    echo "$file may not include $included"
+    faults=$((faults + 1))
+  done < <(sed -n 's/^#include "\(.*\)".*/\1/p' "$file")
+done
+echo "$checked includes checked, $faults not allowed"
+[ "$faults" -eq 0 ] && [ "$checked" -gt 50 ]

@@ -1,0 +1,144 @@
+#include "codec/lzw_encoder.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <numeric>
+#include <random>
+
+#include "tests/oracle/slow_encoder.h"
+
+namespace {
+
+// The image data that the encoder writes, driven as the writer drives it.
+Bytes ImageData(int code_size, const std::vector<Bytes>& rows) {
+  char* bytes = nullptr;
+  size_t size = 0;
+  MyFILE stream = {nullptr, 0, 0, open_memstream(&bytes, &size)};
+  const auto encoder = std::make_unique<GifEncoder>();
+  StartGifEncoder(encoder.get(), code_size);
+  MyPutc(&stream, code_size);
+  WriteGifCode(&stream, encoder.get(), encoder->clear_code);
+  for (const Bytes& row : rows) {
+    WriteGifLine(&stream, encoder.get(), row.empty() ? nullptr : row.data(), static_cast<int>(row.size()));
+  }
+  if (encoder->prefix_code != kNoPrefix) WriteGifCode(&stream, encoder.get(), encoder->prefix_code);
+  WriteGifCode(&stream, encoder.get(), encoder->end_code);
+  WriteGifCode(&stream, encoder.get(), kFlush);
+  WriteGifCode(&stream, encoder.get(), encoder->clear_code);  // after the end nothing may change
+  WriteGifCode(&stream, encoder.get(), kFlush);
+  std::fclose(stream.file);
+  const Bytes data(bytes, bytes + size);
+  std::free(bytes);
+  return data;
+}
+
+TEST(LzwEncoder, WritesKnownBytes) {
+  struct Case {
+    const char* what;
+    int code_size;
+    std::vector<Bytes> rows;
+    Bytes data;
+  };
+  const Case cases[] = {
+      {"no pixels: clear, end", 2, {}, {2, 1, 0x2C, 0}},
+      {"one pixel: clear, 5, end at 4 bits", 3, {{5}}, {3, 2, 0x58, 0x09, 0}},
+      {"the width grows before the end code", 2, {{0, 0, 0, 0}}, {2, 2, 0x84, 0x51, 0}},
+      {"rows go on where the last one ended", 2, {{0}, {}, {0, 0}, {0}}, {2, 2, 0x84, 0x51, 0}},
+  };
+  for (const Case& c : cases) EXPECT_EQ(ImageData(c.code_size, c.rows), c.data) << c.what;
+}
+
+// Distinct neighbours give one 9-bit code for each pixel, and the clear and end codes two more.
+TEST(LzwEncoder, FillsSubBlocks) {
+  struct Case {
+    int pixels;
+    Bytes lengths;
+  };
+  for (const Case& c : {Case{224, {255}}, Case{225, {255, 1}}, Case{226, {255, 2}}}) {
+    Bytes row(c.pixels);
+    std::iota(row.begin(), row.end(), uint8_t{0});
+    const Bytes data = ImageData(8, {row});
+    Bytes lengths;
+    for (size_t i = 1; data[i] != 0; i += data[i] + 1) lengths.push_back(data[i]);
+    EXPECT_EQ(lengths, c.lengths) << c.pixels;
+  }
+}
+
+using Random = std::mt19937;
+using Paint = std::function<void(Random&, int colours, int width, Bytes& pixels)>;
+
+int Below(Random& random, int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
+
+const struct {
+  const char* name;
+  Paint paint;
+} kPaints[] = {
+    {"noise",
+     [](Random& random, int colours, int, Bytes& pixels) {
+       for (uint8_t& pixel : pixels) pixel = static_cast<uint8_t>(Below(random, colours));
+     }},
+    {"runs",
+     [](Random& random, int colours, int width, Bytes& pixels) {
+       for (size_t i = 0; i < pixels.size();) {
+         const int colour = Below(random, colours);
+         for (int n = Below(random, width * 4) + 1; n > 0 && i < pixels.size(); --n)
+           pixels[i++] = static_cast<uint8_t>(colour);
+       }
+     }},
+    {"gradient",
+     [](Random& random, int colours, int width, Bytes& pixels) {
+       const int step = Below(random, 9) + 1;
+       for (size_t i = 0; i < pixels.size(); ++i) {
+         const int at = static_cast<int>(i) % width + static_cast<int>(i) / width;
+         pixels[i] = static_cast<uint8_t>((at / step + Below(random, 8) / 7) % colours);
+       }
+     }},
+    {"boxes with text",
+     [](Random& random, int colours, int width, Bytes& pixels) {
+       const int height = static_cast<int>(pixels.size()) / width;
+       for (int box = Below(random, 6); box >= 0; --box) {
+         const int left = Below(random, width), top = Below(random, height + 1), ink = Below(random, colours);
+         const bool text = Below(random, 3) == 0;
+         for (int y = top; y < height; ++y) {
+           for (int x = left; x < width; ++x) {
+             if (!text || Below(random, 4) == 0) pixels[y * width + x] = static_cast<uint8_t>(ink);
+           }
+         }
+       }
+     }},
+    {"one colour",
+     [](Random& random, int colours, int, Bytes& pixels) {
+       std::fill(pixels.begin(), pixels.end(), static_cast<uint8_t>(Below(random, colours)));
+     }},
+};
+
+// Rows of one width, some missing; now and then long enough to use up all codes more than once.
+std::vector<Bytes> RandomRows(Random& random, const Paint& paint, int colours) {
+  const int width = Below(random, 400) + 1;
+  const int height = Below(random, Below(random, 20) == 0 ? 200 : 16);
+  Bytes pixels(static_cast<size_t>(width) * height);
+  paint(random, colours, width, pixels);
+  std::vector<Bytes> rows;
+  for (int y = 0; y < height; ++y) {
+    rows.emplace_back(pixels.begin() + y * width, pixels.begin() + (y + 1) * width);
+    if (Below(random, 10) == 0) rows.emplace_back();
+  }
+  return rows;
+}
+
+TEST(LzwEncoder, EqualsTheSlowEncoder) {
+  Random random(1);
+  for (int i = 0; i < 10000; ++i) {
+    const auto& kind = kPaints[i % std::size(kPaints)];
+    const int code_size = 2 + Below(random, Below(random, 8) == 0 ? 10 : 7);
+    // Now and then pixels that the code size cannot hold.
+    const int colours = Below(random, 10) == 0 ? 256 : 1 << std::min(code_size, 8);
+    const std::vector<Bytes> rows = RandomRows(random, kind.paint, colours);
+    ASSERT_EQ(ImageData(code_size, rows), SlowImageData(code_size, rows))
+        << "image " << i << ", " << kind.name << ", code size " << code_size << ", colours " << colours;
+  }
+}
+
+}  // namespace

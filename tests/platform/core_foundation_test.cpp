@@ -1,0 +1,93 @@
+#include "platform/core_foundation.h"
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace {
+
+struct Path {
+  char bytes[4096];
+};
+
+// The way of a path: from its reference, through the calls, to UTF-8 again; "failed" where a call fails.
+std::string RoundTrip(const std::string& path, bool normalize) {
+  Path reference = {};
+  std::memcpy(reference.bytes, path.data(), path.size());
+  CFURLRef url = CFURLCreateFromFSRef(nullptr, reinterpret_cast<const FSRef*>(&reference));
+  if (!url) return "failed";
+  CFStringRef string = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+  CFMutableStringRef copy = CFStringCreateMutableCopy(nullptr, 0, string);
+  if (normalize) CFStringNormalize(copy, kCFStringNormalizationFormD);
+  std::vector<char> text(CFStringGetLength(copy) * 6 + 10);
+  const bool converted =
+      CFStringGetCString(copy, text.data(), static_cast<CFIndex>(text.size()), kCFStringEncodingUTF8);
+  CFRelease(url);
+  CFRelease(string);
+  CFRelease(copy);
+  return converted ? text.data() : "failed";
+}
+
+TEST(CoreFoundation, KeepsAndNormalizesPaths) {
+  const struct {
+    const char* what;
+    std::string path;
+    std::string form_d;
+  } cases[] = {
+      {"plain", "/a/b.gif", "/a/b.gif"},
+      {"an accent", "/caf\u00E9", "/cafe\u0301"},
+      {"already taken apart", "/cafe\u0301", "/cafe\u0301"},
+      {"two accents on one letter", "/\u1E69", "/s\u0323\u0307"},
+      {"marks out of order", "/s\u0307\u0323x\u0307\u0323", "/s\u0323\u0307x\u0323\u0307"},
+      {"a mark that joins an accent", "/\u1E0B\u0323", "/d\u0323\u0307"},
+      {"Hangul", "/\uD55C", "/\u1112\u1161\u11AB"},
+      {"the ligature stays: not canonical", "/\uFB01", "/\uFB01"},
+      {"beyond 16 bits", "/\U0001F600\U0001D15E", "/\U0001F600\U0001D157\U0001D165"},
+      {"bytes that are not UTF-8", "/\x80\xC3(\xF0\x9F\xFF", "/\x80\xC3(\xF0\x9F\xFF"},
+      {"surrogates and overlong forms", "/\xED\xA0\x80\xED\xB2\x80\xC0\xAF",
+       "/\xED\xA0\x80\xED\xB2\x80\xC0\xAF"},
+      {"odd bytes before a mark", "/\xFFs\u0307\u0323", "/\xFFs\u0323\u0307"},
+      {"longest", "/" + std::string(4094, 'x'), "/" + std::string(4094, 'x')},
+      {"no path", "", "failed"},
+      {"no end", "/" + std::string(4095, 'x'), "failed"},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(RoundTrip(c.path, true), c.form_d) << c.what;
+    EXPECT_EQ(RoundTrip(c.path, false), c.form_d == "failed" ? c.form_d : c.path) << c.what;
+  }
+}
+
+TEST(CoreFoundation, AppendsNamesAndRefusesWhatIsNoText) {
+  const struct {
+    std::string folder;
+    std::u16string name;
+    CFIndex room;
+    std::string path;  // empty when it cannot be told
+  } cases[] = {
+      {"/tmp", u"\u00FC.gif", 100, "/tmp/\u00FC.gif"},
+      {"/", u"a", 100, "/a"},
+      {"/", u"a", 3, "/a"},
+      {"/", u"a", 2, ""},
+      {"/t", u"\xD83D\xDE00", 100, "/t/\U0001F600"},
+      {"/t", u"\xD83D", 100, ""},
+      {"/t", u"\xDC01", 100, ""},
+      {"/t", {u'a', u'\0', u'b'}, 100, ""},
+  };
+  for (const auto& c : cases) {
+    Path reference = {};
+    std::memcpy(reference.bytes, c.folder.data(), c.folder.size());
+    CFURLRef folder = CFURLCreateFromFSRef(nullptr, reinterpret_cast<const FSRef*>(&reference));
+    CFStringRef name = CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar*>(c.name.data()),
+                                                    static_cast<CFIndex>(c.name.size()));
+    CFURLRef url = CFURLCreateCopyAppendingPathComponent(nullptr, folder, name, false);
+    CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+    std::vector<char> text(c.room, 'x');
+    const bool converted = CFStringGetCString(path, text.data(), c.room, kCFStringEncodingUTF8);
+    EXPECT_EQ(converted ? text.data() : std::string(), c.path) << c.folder;
+    for (CFTypeRef object : {CFRetain(folder), folder, name, url, path}) CFRelease(object);
+  }
+}
+
+}  // namespace

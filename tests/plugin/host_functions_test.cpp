@@ -1,0 +1,134 @@
+#include "plugin/host_functions.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "plugin/host_reference.h"
+
+// Functions that tests lend to the table, and how often each name was asked for.
+static std::map<std::string, void*> lent;
+static std::map<std::string, std::atomic<int>> asked;
+
+static void* Resolve(const char* name) {
+  ++asked.at(name);
+  const auto found = lent.find(name);
+  return found == lent.end() ? nullptr : found->second;
+}
+
+static int32_t Seven(int32_t add) { return 7 + add; }
+
+class HostFunctionTable : public testing::Test {
+ protected:
+  void SetUp() override {
+    gResolver = Resolve;
+    lent.clear();
+    asked.clear();
+    asked["Seven"] = 0;
+  }
+};
+
+TEST_F(HostFunctionTable, MissingFunctionsGiveTheNeutralResult) {
+  HostFunction<int32_t(int32_t)> once{"Seven"};
+  HostFunctionUntilFound<void*(int32_t)> until_found{"Seven"};
+  EXPECT_EQ(once(1), 0);
+  EXPECT_EQ(until_found(1), nullptr);
+  EXPECT_FALSE(once);
+  gResolver = nullptr;
+  HostFunctionUntilFound<int32_t(int32_t)> without_resolver{"Seven"};
+  EXPECT_EQ(without_resolver(1), 0);
+}
+
+TEST_F(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
+  HostFunction<int32_t(int32_t)> once{"Seven"};
+  HostFunctionUntilFound<int32_t(int32_t)> until_found{"Seven"};
+  EXPECT_EQ(once(1) + once(1), 0);
+  EXPECT_EQ(asked["Seven"], 1);
+  EXPECT_EQ(until_found(1) + until_found(1), 0);
+  EXPECT_EQ(asked["Seven"], 3);
+
+  lent["Seven"] = reinterpret_cast<void*>(Seven);
+  EXPECT_EQ(once(1), 0);
+  EXPECT_EQ(asked["Seven"], 3);
+  EXPECT_EQ(until_found(1), 8);
+  EXPECT_EQ(until_found(2), 9);
+  EXPECT_EQ(asked["Seven"], 4);
+}
+
+TEST_F(HostFunctionTable, ThreadsThatMeetInTheFirstLookUpAskOnceAndAllCall) {
+  lent["Seven"] = reinterpret_cast<void*>(Seven);
+  HostFunction<int32_t(int32_t)> once{"Seven"};
+  std::atomic<int> sum = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 8; ++i) threads.emplace_back([&] { sum += once(0); });
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_EQ(sum, 56);
+  EXPECT_EQ(asked["Seven"], 1);
+}
+
+// --- Holders ---------------------------------------------------------------------------------------------------
+
+// Any two bytes do as objects; the count of each stands in a map.
+static std::map<REALobjectStruct*, int> references;
+static void Lock(REALobjectStruct* object) { ++references[object]; }
+static void Unlock(REALobjectStruct* object) { --references[object]; }
+
+class Holders : public testing::Test {
+ protected:
+  static void SetUpTestSuite() {
+    gResolver = [](const char* name) -> void* {
+      if (std::string(name) == "REALLockObject") return reinterpret_cast<void*>(Lock);
+      if (std::string(name) == "REALUnlockObject") return reinterpret_cast<void*>(Unlock);
+      return nullptr;
+    };
+    REALLockObject(nullptr);  // looked up from here on
+    REALUnlockObject(nullptr);
+  }
+  void SetUp() override { references = {{a_, 1}, {b_, 1}}; }
+
+  char bytes_[2] = {};
+  REALobjectStruct* a_ = reinterpret_cast<REALobjectStruct*>(&bytes_[0]);
+  REALobjectStruct* b_ = reinterpret_cast<REALobjectStruct*>(&bytes_[1]);
+};
+
+TEST_F(Holders, EveryWayOfPassingAReferenceKeepsTheCount) {
+  {
+    auto adopted = ObjectRef::Adopt(a_);
+    EXPECT_EQ(references[a_], 1);
+    ObjectRef copy = adopted;
+    EXPECT_EQ(references[a_], 2);
+    ObjectRef moved = std::move(copy);
+    EXPECT_EQ(references[a_], 2);
+    auto shared = ObjectRef::Share(b_);
+    EXPECT_EQ(references[b_], 2);
+    shared = adopted;  // reassignment gives up the old one
+    EXPECT_EQ(references[b_], 1);
+    EXPECT_EQ(references[a_], 3);
+    ObjectRef& self = shared;
+    shared = self;
+    EXPECT_EQ(references[a_], 3);
+    shared = ObjectRef();
+    EXPECT_EQ(references[a_], 2);
+    EXPECT_EQ(moved.Detach(), a_);
+    EXPECT_FALSE(moved);
+  }
+  EXPECT_EQ(references[a_], 1);  // what Detach handed out is still held
+  EXPECT_EQ(references[b_], 1);
+}
+
+TEST_F(Holders, FieldsHoldOneReferenceOnWhatTheyName) {
+  REALobjectStruct* field = nullptr;
+  StoreField(field, a_);
+  StoreField(field, a_);
+  EXPECT_EQ(references[a_], 2);
+  StoreField(field, b_);
+  EXPECT_EQ(references[a_], 1);
+  EXPECT_EQ(references[b_], 2);
+  StoreField<REALobjectStruct>(field, nullptr);
+  ClearField(field);
+  EXPECT_EQ(field, nullptr);
+  EXPECT_EQ(references[b_], 1);
+}
