@@ -36,6 +36,7 @@ class Counted {
   virtual const char* kind() const = 0;              // "object", "string", ...
   virtual const std::string& type_name() const = 0;  // the class, or the kind again
   virtual std::string Describe() const;              // "GifBlockZKV#12"
+  std::string DescribeWithKind() const;              // "object GifBlockZKV#12"
   virtual void BeforeDeath() {}                      // the last reference went; handles still work
 
   // The address that the plugin sees. Its first `handle_size` bytes are the thing's own.
@@ -90,6 +91,11 @@ class Ref {
 class Heap {
  public:
   Heap() = default;
+  // From now on nothing dies before the heap does, and references are not checked: for a host that hides one of the
+  // functions that count them from the plugin.
+  void KeepEverything() { keeps_everything_ = true; }
+  bool keeps_everything() const { return keeps_everything_; }
+
   Heap(const Heap&) = delete;
   Heap& operator=(const Heap&) = delete;
   ~Heap();
@@ -157,6 +163,7 @@ class Heap {
   std::deque<const void*> graves_;  // the dead in the order of their death
   size_t buried_bytes_ = 0;
   uint64_t next_serial_ = 1;
+  bool keeps_everything_ = false;
 };
 
 template <class T>
