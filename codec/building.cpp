@@ -23,6 +23,43 @@ void DeletePalette(GifPalette* palette) {
   std::free(palette);
 }
 
+GifPicture* NewPicture() {
+  GifPicture* picture = NewRecord<GifPicture>();
+  if (!picture) return nullptr;
+  picture->cmap = NewPalette(0);
+  if (picture->cmap) return picture;
+  std::free(picture);
+  return nullptr;
+}
+
+void DeletePicture(GifPicture* picture) {
+  if (!picture) return;
+  DeletePalette(picture->cmap);
+  std::free(picture->pixels);
+  std::free(picture->data);
+  std::free(picture);
+}
+
+void DeleteGifData(GifData* data) {
+  if (!data) return;
+  std::free(data->bytes);
+  std::free(data);
+}
+
+void DeleteBlocks(Gif* gif) {
+  for (int32_t i = 0; gif->blocks && i < gif->count; ++i) DeleteGifBlock(gif->blocks[i]);
+  std::free(gif->blocks);
+  gif->blocks = nullptr;
+  gif->count = 0;
+}
+
+void DeleteSubBlocks(GifExtension* extension) {
+  for (int32_t i = 0; extension->data && i < extension->count; ++i) DeleteGifData(extension->data[i]);
+  std::free(extension->data);
+  extension->data = nullptr;
+  extension->count = 0;
+}
+
 int32_t DisplayRow(int32_t height, bool interlaced, int32_t index) {
   if (!interlaced) return index;
   struct Pass {
@@ -41,7 +78,8 @@ bool MakeRows(GifPicture* picture) {
   const auto height = static_cast<size_t>(picture->height);
   const auto width = static_cast<size_t>(picture->width < 1 ? 0 : picture->width);
   uint8_t** rows = NewRecord<uint8_t*>(height);
-  uint8_t* pixels = width == 0 || !rows ? nullptr : static_cast<uint8_t*>(AllocateZeroed(height, width));
+  uint8_t* pixels =
+      width == 0 || !rows ? nullptr : static_cast<uint8_t*>(AllocateZeroed(height * width + kPixelSpare, 1));
   if (!rows || (width > 0 && !pixels)) {
     std::free(rows);
     return false;

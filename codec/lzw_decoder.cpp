@@ -1,0 +1,154 @@
+#include "codec/lzw_decoder.h"
+
+#include <algorithm>
+
+void StartImage(GifDecoder* decoder, int32_t code_size) {
+  decoder->code_size = code_size;
+  decoder->clear_code = 1 << code_size;
+  decoder->end_code = decoder->clear_code + 1;
+  decoder->stack_depth = 0;
+  decoder->bit_count = 0;
+  decoder->bit_buffer = 0;
+  decoder->data_ended = 0;
+  decoder->block_pos = 0;
+  decoder->block_len = 0;
+}
+
+void RestartCodes(GifDecoder* decoder) {
+  decoder->code_count = decoder->end_code + 1;
+  decoder->code_width = decoder->code_size + 1;
+  decoder->width_limit = 1 << decoder->code_width;
+  decoder->last_code = kNoCode;
+}
+
+void ForgetEntries(GifDecoder* decoder) { std::fill_n(decoder->prefix, kTableSize, kNoCode); }
+
+void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
+  StartImage(decoder, code_size);
+  RestartCodes(decoder);
+  ForgetEntries(decoder);
+}
+
+bool GatherSubBlocks(MyFILE* stream, GifDecoder* decoder) {
+  int32_t gathered = 0;
+  while (!decoder->data_ended && gathered + kMaxSubBlock <= kGatheredBytes) {
+    const int32_t length = MyGetc(stream);
+    ReadBytes(stream, decoder->block + gathered, length);
+    gathered += length;
+    decoder->data_ended = length == 0;
+  }
+  decoder->block_pos = 0;
+  decoder->block_len = gathered;
+  return gathered > 0;
+}
+
+static uint64_t FetchByte(MyFILE* stream, GifDecoder* decoder) {
+  if (decoder->block_pos == decoder->block_len && !GatherSubBlocks(stream, decoder)) return 0;
+  return decoder->block[decoder->block_pos++];
+}
+
+static int32_t ReadCode(MyFILE* stream, GifDecoder* decoder) {
+  while (decoder->bit_count < decoder->code_width) {
+    decoder->bit_buffer |= FetchByte(stream, decoder) << decoder->bit_count;
+    decoder->bit_count += 8;
+  }
+  const auto code = static_cast<int32_t>(decoder->bit_buffer & ((uint64_t{1} << decoder->code_width) - 1));
+  decoder->bit_buffer >>= decoder->code_width;
+  decoder->bit_count -= decoder->code_width;
+
+  const bool widens = decoder->code_count >= decoder->width_limit && decoder->code_width < kMaxCodeWidth;
+  decoder->code_count++;
+  if (widens) {
+    decoder->width_limit *= 2;
+    decoder->code_width++;
+  }
+  return code;
+}
+
+// The first pixel of a code's string. Without a code there is no string to follow: the value itself then
+// counts.
+static uint8_t FirstPixel(const GifDecoder* decoder, int32_t code) {
+  while (code > decoder->clear_code && code < kTableSize) code = decoder->prefix[code];
+  return static_cast<uint8_t>(code);
+}
+
+// Puts the string of a table code on the empty stack. Gives its length, or 0 when there is no such string;
+// what was pushed until then stays. Entries link to entries made before them, so no string outgrows the
+// stack.
+static int32_t PushString(GifDecoder* decoder, int32_t code, int32_t last_code) {
+  uint8_t* top = decoder->stack;
+  if (decoder->prefix[code] == kNoCode) {
+    if (code != decoder->code_count - 2) return 0;
+    // The entry that this very code defines: the previous string and its own first pixel.
+    *top++ = FirstPixel(decoder, last_code);
+    code = last_code;
+  }
+  while (code > decoder->clear_code && code < kTableSize) {
+    *top++ = decoder->suffix[code];
+    code = decoder->prefix[code];
+  }
+  if (code == kNoCode) return 0;
+  *top++ = static_cast<uint8_t>(code);
+  return static_cast<int32_t>(top - decoder->stack);
+}
+
+// Moves pixels from the stack to the rest of a row. Gives how many; the stack keeps what does not fit.
+static int32_t Pop(const GifDecoder* decoder, int32_t* depth, uint8_t* line, int32_t room) {
+  const int32_t count = std::min(*depth, room);
+  const uint8_t* top = decoder->stack + *depth;
+  std::reverse_copy(top - count, top, line);
+  *depth -= count;
+  return count;
+}
+
+void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length, int32_t done,
+                     int32_t last_code) {
+  int32_t depth = 0;
+  while (done < length) {
+    const int32_t code = ReadCode(stream, decoder);
+    if (code == decoder->end_code) {
+      if (done == length - 1) break;  // some encoders leave out an image's last pixel
+      return;
+    }
+    if (code == decoder->clear_code) {
+      RestartCodes(decoder);
+      ForgetEntries(decoder);
+      last_code = kNoCode;
+      continue;
+    }
+    auto first = static_cast<uint8_t>(code);
+    if (code < decoder->clear_code) {
+      line[done++] = first;
+    } else {
+      depth = PushString(decoder, code, last_code);
+      if (depth == 0) return;
+      first = decoder->stack[depth - 1];
+      done += Pop(decoder, &depth, line + done, length - done);
+    }
+    if (last_code != kNoCode) {
+      const int32_t defined = decoder->code_count - 2;
+      if (defined >= kTableSize) return;
+      decoder->prefix[defined] = last_code;
+      decoder->suffix[defined] = first;
+    }
+    last_code = code;
+  }
+  decoder->last_code = last_code;
+  decoder->stack_depth = depth;
+}
+
+void ReadGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length) {
+  if (!line) return;
+  int32_t depth = decoder->stack_depth;
+  const int32_t done = Pop(decoder, &depth, line, length);
+  if (done == length) {
+    decoder->stack_depth = depth;
+  } else {
+    ContinueGifLine(stream, decoder, line, length, done, decoder->last_code);
+  }
+}
+
+bool OnlyZerosFollow(const GifDecoder* decoder) {
+  return decoder->data_ended && decoder->block_pos == decoder->block_len && decoder->bit_buffer == 0 &&
+         decoder->stack_depth == 0;
+}
