@@ -30,7 +30,8 @@ HostInteger GetInteger(REALobjectStruct* self) {
 // A boolean is the lowest byte of its field, in whatever width the field is kept.
 template <auto kRecordField, auto kOwnField>
 HostBoolean GetBoolean(REALobjectStruct* self) {
-  return static_cast<HostBoolean>(GetInteger<kRecordField, kOwnField>(self));
+  const auto* data = DataOf<ClassOf<kOwnField>>(self);
+  return static_cast<HostBoolean>(data->record ? data->record->*kRecordField : data->*kOwnField);
 }
 
 template <auto kOwnField, typename Value>

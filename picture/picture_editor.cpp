@@ -162,6 +162,8 @@ bool PictureWriter::NewPictureWriter(long long width, long long height) {
   ReleasePicture();
   clear_cache_ = true;
   FindHostKind();
+  // Where no reference can be taken, giving up the first one would take the picture away under the editor.
+  if (!REALLockObject) return false;
   if (!IsPixelPicture(picture.get()) || !OpenPixels(picture.get())) return false;
   if (width_ >= width && height_ >= height) return true;
   ReleasePicture();  // the host's bitmap is smaller than what was asked for: rows would not fit

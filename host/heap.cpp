@@ -1,0 +1,134 @@
+#include "host/heap.h"
+
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <new>
+
+#include "host/text.h"
+
+namespace host {
+namespace {
+
+constexpr std::byte kDeadByte{0xDD};       // what a dead thing's own bytes are filled with
+constexpr size_t kGraveBytes = 16u << 20;  // how much is kept back, so that handles are not used again soon
+constexpr size_t kGraveCount = 1u << 16;
+
+Memory AllocateZeroed(size_t size) {
+  Memory memory(static_cast<std::byte*>(std::calloc(1, size)));
+  if (!memory) throw std::bad_alloc();
+  return memory;
+}
+
+}  // namespace
+
+Counted::Counted(size_t handle_size) : memory_(AllocateZeroed(handle_size)), handle_size_(handle_size) {}
+
+std::string Counted::Describe() const { return Text(type_name(), "#", serial_); }
+
+Heap::~Heap() {
+  while (!graves_.empty()) Exhume();
+}
+
+void Heap::Admit(std::unique_ptr<Counted> thing) {
+  thing->heap_ = this;
+  thing->serial_ = next_serial_++;
+  thing->made_by_ = CurrentActivity();
+  Touch(*thing);
+  const void* handle = thing->handle();
+  live_.emplace(handle, std::move(thing));
+}
+
+const Counted* Heap::Peek(const void* handle) const {
+  const auto found = live_.find(handle);
+  return found == live_.end() ? nullptr : found->second.get();
+}
+
+Counted* Heap::FindLive(const void* handle) {
+  if (handle == nullptr) return nullptr;
+  const auto found = live_.find(handle);
+  if (found != live_.end()) return found->second.get();
+  const auto dead = dead_.find(handle);
+  if (dead == dead_.end()) Fault(Text("the handle ", handle, " was never given out"));
+  Fault(Text(dead->second.description,
+             " is dead; the last operation on it: ", dead->second.last_operation.Describe()));
+}
+
+void Heap::WrongKind(const Counted& thing, const char* wanted) {
+  Fault(Text(thing.Describe(), " (", thing.kind(), ") was given where a handle of kind ", wanted,
+             " is needed"));
+}
+
+void* Heap::HandOut(Counted* thing) {
+  if (thing == nullptr) return nullptr;
+  if (thing->dying_) Fault(Text(thing->Describe(), " is being destroyed and can't get new references"));
+  ++thing->plugin_references_;
+  Touch(*thing);
+  return thing->handle();
+}
+
+void Heap::GiveUp(const void* handle) {
+  Counted* thing = FindLive(handle);
+  if (thing == nullptr) return;
+  if (thing->plugin_references_ == 0) {
+    Fault(Text(thing->kind(), " ", thing->Describe(),
+               ": a reference is given up that the plugin does not have; the last operation on it: ",
+               thing->last_operation_.Describe()));
+  }
+  --thing->plugin_references_;
+  Touch(*thing);
+  DestroyUnreferenced(*thing);
+}
+
+void Heap::DestroyUnreferenced(Counted& thing) {
+  if (thing.host_references_ + thing.plugin_references_ > 0 || thing.dying_) return;
+  thing.dying_ = true;
+  thing.BeforeDeath();
+  const auto found = live_.find(thing.handle());
+  std::unique_ptr<Counted> owned = std::move(found->second);
+  live_.erase(found);
+  Bury(std::move(owned));
+}
+
+void Heap::Bury(std::unique_ptr<Counted> thing) {
+  Dead dead{Text(thing->kind(), " ", thing->Describe()), thing->last_operation_, std::move(thing->memory_),
+            thing->handle_size_};
+  std::fill_n(dead.memory.get(), dead.size, kDeadByte);
+  const void* handle = dead.memory.get();
+  buried_bytes_ += dead.size;
+  dead_.emplace(handle, std::move(dead));
+  graves_.push_back(handle);
+  while (graves_.size() > kGraveCount || buried_bytes_ > kGraveBytes) Exhume();
+}
+
+void Heap::Exhume() {
+  const auto found = dead_.find(graves_.front());
+  const Dead& dead = found->second;
+  if (!std::all_of(dead.memory.get(), dead.memory.get() + dead.size,
+                   [](std::byte b) { return b == kDeadByte; })) {
+    Fault(Text(dead.description, " was written to after its death; the last operation on it: ",
+               dead.last_operation.Describe()));
+  }
+  buried_bytes_ -= dead.size;
+  dead_.erase(found);
+  graves_.pop_front();
+}
+
+std::vector<Heap::LiveCount> Heap::Live() const {
+  std::map<std::pair<std::string, std::string>, LiveCount> counts;
+  for (const auto& [handle, thing] : live_) {
+    LiveCount& count = counts[{thing->kind(), thing->type_name()}];
+    if (count.count++ == 0) {
+      count.kind = thing->kind();
+      count.type_name = thing->type_name();
+      count.example = Text(thing->Describe(), ": made by ", thing->made_by_.Describe(), ", last operation ",
+                           thing->last_operation_.Describe());
+    }
+    count.plugin_references += thing->plugin_references_;
+  }
+  std::vector<LiveCount> sorted;
+  for (auto& [key, count] : counts) sorted.push_back(std::move(count));
+  return sorted;
+}
+
+}  // namespace host

@@ -1,0 +1,78 @@
+#pragma once
+
+// What every host function does besides its own work: it is counted, it is the current activity, and it is
+// traced.
+
+#include <string>
+#include <string_view>
+#include <type_traits>
+
+#include "host/fault.h"
+#include "host/host.h"
+#include "host/string.h"
+#include "host/text.h"
+#include "host/trace.h"
+#include "plugin/host_records.h"
+
+namespace host {
+
+// Bytes with a length, to be shown as such.
+struct Bytes {
+  const void* data;
+  int64_t size;
+};
+
+std::string ShowHandle(const void* handle);  // what it stands for, or its address
+
+inline std::string ShowArgument(const char* text) { return text == nullptr ? "nil" : Quote(text); }
+inline std::string ShowArgument(const Bytes& bytes) {
+  if (bytes.data == nullptr || bytes.size < 0) return "nil";
+  return Quote({static_cast<const char*>(bytes.data), static_cast<size_t>(bytes.size)});
+}
+inline std::string ShowArgument(const void* pointer) { return ShowHandle(pointer); }
+template <class Number>
+requires std::is_arithmetic_v<Number> std::string ShowArgument(Number number) { return Text(+number); }
+
+class HostCall {
+ public:
+  template <class... Arguments>
+  explicit HostCall(const char* name, const Arguments&... arguments)
+      : activity_(ActivityScope::Function(name)), traced_(IsTracing()) {
+    Count(name);
+    if (!traced_) return;
+    std::string shown;
+    ((shown += (shown.empty() ? "" : ", ") + ShowArgument(arguments)), ...);
+    TraceEnter(Text(name, "(", shown, ")"));
+  }
+  ~HostCall() {
+    if (traced_) TraceLeave(result_);
+  }
+  HostCall(const HostCall&) = delete;
+  HostCall& operator=(const HostCall&) = delete;
+
+  // Passes the result through, noting it for the trace.
+  template <class T>
+  T Result(T result) {
+    if (traced_) result_ = ShowArgument(result);
+    return result;
+  }
+  // The same for a thing, which goes out with one reference for the plugin.
+  template <class Handle, class T>
+  Handle* HandOut(const Ref<T>& thing) {
+    return Result(static_cast<Handle*>(Host::Current().heap().HandOut(thing.get())));
+  }
+
+ private:
+  static void Count(const char* name);
+
+  ActivityScope activity_;
+  bool traced_;
+  std::string result_;
+};
+
+template <class T>
+T* Find(const void* handle) {
+  return Host::Current().heap().Find<T>(handle);
+}
+
+}  // namespace host

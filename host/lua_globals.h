@@ -1,0 +1,14 @@
+#pragma once
+
+#include <lua.hpp>
+
+namespace host {
+
+// Makes every class and global method of the host a global of that name, in any letter case: calling a class
+// makes an instance.
+void OpenHostGlobals(lua_State* lua);
+
+// The table `host`: what is registered, what is alive, what was called.
+void OpenHostTable(lua_State* lua);
+
+}  // namespace host

@@ -1,0 +1,161 @@
+#include <filesystem>
+#include <string>
+
+#include "host/host.h"
+#include "host/lua_globals.h"
+#include "host/lua_object.h"
+#include "host/lua_value.h"
+
+namespace host {
+namespace {
+
+void SetText(lua_State* lua, const char* field, std::string_view text) {
+  PushString(lua, text);
+  lua_setfield(lua, -2, field);
+}
+
+void SetInteger(lua_State* lua, const char* field, int64_t value) {
+  lua_pushinteger(lua, value);
+  lua_setfield(lua, -2, field);
+}
+
+void SetBoolean(lua_State* lua, const char* field, bool value) {
+  lua_pushboolean(lua, value ? 1 : 0);
+  lua_setfield(lua, -2, field);
+}
+
+void Append(lua_State* lua) { lua_rawseti(lua, -2, static_cast<lua_Integer>(lua_rawlen(lua, -2)) + 1); }
+
+int Classes(lua_State* lua) {
+  lua_newtable(lua);
+  for (const auto& [name, known] : Host::Current().classes()) {
+    PushString(lua, known->name);
+    Append(lua);
+  }
+  return 1;
+}
+
+void PushProperty(lua_State* lua, const Property& property) {
+  lua_newtable(lua);
+  SetText(lua, "name", property.name);
+  SetText(lua, "type", property.type.name);
+  SetInteger(lua, "flags", property.flags);
+  SetBoolean(lua, "readonly", property.setter == nullptr);
+}
+
+void PushMethod(lua_State* lua, const Method& method) {
+  lua_newtable(lua);
+  SetText(lua, "name", method.declaration.name);
+  SetText(lua, "declaration", method.text);
+  SetInteger(lua, "flags", method.flags);
+  SetBoolean(lua, "assignable", method.setter != nullptr);
+}
+
+void SetMembers(lua_State* lua, const MemberTable& members) {
+  lua_newtable(lua);
+  for (const auto& [name, group] : members.all()) {
+    if (!group.property) continue;
+    PushProperty(lua, *group.property);
+    Append(lua);
+  }
+  lua_setfield(lua, -2, "properties");
+  lua_newtable(lua);
+  for (const auto& [name, group] : members.all()) {
+    for (const auto& method : group.overloads) {
+      PushMethod(lua, *method);
+      Append(lua);
+    }
+  }
+  lua_setfield(lua, -2, "methods");
+}
+
+// host.describe(class name) or host.describe() for the global methods.
+int Describe(lua_State* lua) {
+  Host& host = Host::Current();
+  if (lua_isnoneornil(lua, 1)) {
+    lua_newtable(lua);
+    SetMembers(lua, host.globals());
+    return 1;
+  }
+  const Class& wanted = host.RequireClass(luaL_checkstring(lua, 1));
+  lua_newtable(lua);
+  SetText(lua, "name", wanted.name);
+  if (wanted.superclass != nullptr) SetText(lua, "superclass", wanted.superclass->name);
+  if (const REALclassDefinition* definition = wanted.definition) {
+    SetInteger(lua, "version", definition->version);
+    SetInteger(lua, "flags", definition->flags);
+    SetInteger(lua, "size", definition->instance_size);
+    SetInteger(lua, "offset", definition->instance_offset);
+  }
+  SetMembers(lua, wanted.members);
+  return 1;
+}
+
+int Modules(lua_State* lua) {
+  lua_newtable(lua);
+  for (const Module& module : Host::Current().modules()) {
+    lua_newtable(lua);
+    SetText(lua, "name", module.name);
+    SetInteger(lua, "version", module.version);
+    lua_newtable(lua);
+    for (const std::string& declaration : module.declarations) {
+      PushString(lua, declaration);
+      Append(lua);
+    }
+    lua_setfield(lua, -2, "methods");
+    Append(lua);
+  }
+  return 1;
+}
+
+int Live(lua_State* lua) {
+  lua_gc(lua, LUA_GCCOLLECT);
+  lua_newtable(lua);
+  for (const Heap::LiveCount& count : Host::Current().heap().Live()) {
+    SetInteger(lua, count.type_name.c_str(), count.count);
+  }
+  return 1;
+}
+
+int Calls(lua_State* lua) {
+  const auto& counts = Host::Current().call_counts();
+  const auto found = counts.find(luaL_checkstring(lua, 1));
+  lua_pushinteger(lua, found == counts.end() ? 0 : found->second.called);
+  lua_pushinteger(lua, found == counts.end() ? 0 : found->second.resolved);
+  return 2;
+}
+
+int Exists(lua_State* lua) {
+  std::error_code error;
+  lua_pushboolean(lua, std::filesystem::exists(luaL_checkstring(lua, 1), error) ? 1 : 0);
+  return 1;
+}
+
+int ClassName(lua_State* lua) {
+  const Ref<Object>* object = TestObject(lua, 1);
+  if (object == nullptr) return 0;
+  PushString(lua, (*object)->type_name());
+  return 1;
+}
+
+}  // namespace
+
+void OpenHostTable(lua_State* lua) {
+  const luaL_Reg functions[] = {
+      {"classes", Guarded<Classes>}, {"describe", Guarded<Describe>},
+      {"modules", Guarded<Modules>}, {"live", Guarded<Live>},
+      {"calls", Guarded<Calls>},     {"exists", Guarded<Exists>},
+      {"class", Guarded<ClassName>}, {nullptr, nullptr},
+  };
+  luaL_newlib(lua, functions);
+  const Host& host = Host::Current();
+  if (host.options().version) {
+    lua_pushnumber(lua, *host.options().version);
+    lua_setfield(lua, -2, "version");
+  }
+  SetInteger(lua, "plugin_version", host.plugin_version());
+  SetText(lua, "pictures", host.options().pictures == PictureKind::kDesktop ? "desktop" : "console");
+  lua_setglobal(lua, "host");
+}
+
+}  // namespace host

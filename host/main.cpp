@@ -1,0 +1,70 @@
+// The program: gifhost [OPTION...] [SCRIPT [ARGUMENT...]]
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <filesystem>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/host.h"
+#include "host/options.h"
+#include "host/prompt.h"
+#include "host/script.h"
+
+namespace {
+
+constexpr int kExitScriptFailed = 1;
+constexpr int kExitUsage = 2;
+
+std::string PluginBesideProgram() {
+  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "gif_plugin.so";
+}
+
+bool RunScript(host::Host& host, const host::ProgramOptions& options) {
+  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
+  bool succeeded = true;
+  if (options.code) {
+    succeeded = script.RunCode(*options.code, "=-e");
+  } else if (!options.script.empty()) {
+    succeeded = script.RunFile(options.script == "-" ? "" : options.script);
+  } else if (isatty(STDIN_FILENO) != 0) {
+    host::RunPrompt(script);
+  } else {
+    succeeded = script.RunFile("");
+  }
+  std::fflush(stdout);
+  if (!succeeded) std::fprintf(stderr, "gifhost: %s\n", script.error().c_str());
+  return succeeded;
+}
+
+int Run(const host::ProgramOptions& options) {
+  host::Host host(options.host);
+  host.LoadPlugin(options.plugin.empty() ? PluginBesideProgram() : options.plugin);
+  const bool succeeded = RunScript(host, options);
+  return host::FinalStatus(host, succeeded ? 0 : kExitScriptFailed);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  host::ProgramOptions options;
+  try {
+    options = host::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const std::invalid_argument& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitUsage;
+  }
+  if (options.help || options.version) {
+    std::fputs(options.help ? host::kHelpText : "gifhost " GIFHOST_VERSION "\n", stdout);
+    return 0;
+  }
+  try {
+    return Run(options);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitScriptFailed;
+  }
+}

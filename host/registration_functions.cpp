@@ -1,0 +1,104 @@
+// The host functions by which a plugin registers what scripts see.
+
+#include "host/host_call.h"
+#include "host/native.h"
+#include "host/resolver.h"
+
+namespace host {
+namespace {
+
+// Set on a module's methods that scripts call without the module's name.
+constexpr uint32_t kGlobalMethodFlag = 16;
+
+template <class Record, class Visit>
+void ForEach(Record* records, int64_t count, Visit visit) {
+  for (int64_t i = 0; records != nullptr && i < count; ++i) visit(records[i]);
+}
+
+void AddDefinedMembers(Class& to, const REALclassDefinition& definition) {
+  const auto add_property = [&](const REALproperty& record) {
+    to.members.Add(std::make_unique<Property>(record, to.name));
+  };
+  const auto add_method = [&](const REALmethodDefinition& record) {
+    to.members.Add(std::make_unique<Method>(record, to.name, true));
+  };
+  ForEach(definition.properties, definition.property_count, add_property);
+  ForEach(definition.methods, definition.method_count, add_method);
+  ForEach(definition.properties2, definition.property_count2, add_property);
+  ForEach(definition.methods2, definition.method_count2, add_method);
+}
+
+// A global method, or an extension method where its declaration says so.
+void AddFreeMethod(Host& host, const REALmethodDefinition& record) {
+  auto method = std::make_unique<Method>(record, "", false);
+  if (method->extended_class.empty()) {
+    host.globals().Add(std::move(method));
+    return;
+  }
+  Class* extended = host.FindClass(method->extended_class);
+  if (extended == nullptr) Fault(Text("\"", method->text, "\" extends an unknown class"));
+  extended->members.Add(std::move(method));
+}
+
+extern "C" {
+
+double REALGetRBVersion() {
+  HostCall call("REALGetRBVersion");
+  return call.Result(*Host::Current().options().version);
+}
+
+void RegisterPluginVersion(int32_t version) {
+  HostCall call("RegisterPluginVersion", version);
+  Host::Current().set_plugin_version(version);
+}
+
+void PluginRegisterClass(REALclassDefinition* definition) {
+  HostCall call("PluginRegisterClass", definition->name);
+  Host& host = Host::Current();
+  if (host.FindClass(definition->name) != nullptr) Fault(Text("class ", definition->name, " exists already"));
+  Class& registered = host.AddClass(definition->name, Instance::New);
+  registered.definition = definition;
+  definition->instance_offset = InstanceOffset(host.NextClassNumber());
+  AddDefinedMembers(registered, *definition);
+}
+
+void PluginRegisterClassExtension(REALclassDefinition* definition) {
+  HostCall call("PluginRegisterClassExtension", definition->name);
+  Class* extended = Host::Current().FindClass(definition->name);
+  if (extended == nullptr) Fault(Text("an unknown class, ", definition->name, ", is extended"));
+  AddDefinedMembers(*extended, *definition);
+}
+
+void PluginRegisterModule(REALmoduleDefinition* definition) {
+  HostCall call("PluginRegisterModule", definition->name);
+  Host& host = Host::Current();
+  Module module{definition->name, definition->version, {}};
+  ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
+    module.declarations.emplace_back(record.declaration);
+    if ((record.flags & kGlobalMethodFlag) != 0) AddFreeMethod(host, record);
+  });
+  host.modules().push_back(std::move(module));
+}
+
+void PluginRegisterMethod(REALmethodDefinition* definition) {
+  HostCall call("PluginRegisterMethod", definition->declaration);
+  AddFreeMethod(Host::Current(), *definition);
+}
+
+}  // extern "C"
+
+}  // namespace
+
+std::span<const HostFunction> RegistrationFunctions() {
+  static const HostFunction functions[] = {
+      {"REALGetRBVersion", Proc(REALGetRBVersion)},
+      {"RegisterPluginVersion", Proc(RegisterPluginVersion)},
+      {"PluginRegisterClass", Proc(PluginRegisterClass)},
+      {"PluginRegisterClassExtension", Proc(PluginRegisterClassExtension)},
+      {"PluginRegisterModule", Proc(PluginRegisterModule)},
+      {"PluginRegisterMethod", Proc(PluginRegisterMethod)},
+  };
+  return functions;
+}
+
+}  // namespace host

@@ -1,0 +1,177 @@
+#include "picture/row_kernels.h"
+
+#include <algorithm>
+#include <cstring>
+
+#if defined(__x86_64__)
+#include <immintrin.h>
+#endif
+
+// Two pixels make one 64-bit store, eight indexes one load.
+void RenderPlain(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
+  const PixelTable& table = lookup.pixels;
+  int64_t x = 0;
+  for (; x + 8 <= count; x += 8) {
+    uint64_t eight;
+    std::memcpy(&eight, indexes + x, sizeof eight);
+    for (int pair = 0; pair < 4; ++pair, eight >>= 16) {
+      const uint64_t two = table[eight & 0xFF] | static_cast<uint64_t>(table[eight >> 8 & 0xFF]) << 32;
+      std::memcpy(pixels + 4 * x + 8 * pair, &two, sizeof two);
+    }
+  }
+  for (; x < count; ++x) std::memcpy(pixels + 4 * x, &table[indexes[x]], 4);
+}
+
+namespace {
+
+bool SuitsAll(RowLookup&) { return true; }
+
+#if defined(__x86_64__)
+
+// Every vector kernel walks a row in steps of its own width; a last step that would run past the end of the
+// row starts earlier instead and renders some pixels twice.
+int64_t NextStart(int64_t x, int64_t step, int64_t count) {
+  return x + step == count ? count : std::min(x + step, count - step);
+}
+
+const __m256i_u* Vector256(const uint8_t* bytes) {
+  return static_cast<const __m256i_u*>(static_cast<const void*>(bytes));
+}
+__m256i_u* Vector256(uint8_t* bytes) { return static_cast<__m256i_u*>(static_cast<void*>(bytes)); }
+
+// --- AVX-512 VBMI: all 256 entries of a plane sit in four registers; 64 look-ups in each of the four planes
+// at once ---
+
+bool PreparePlanes(RowLookup& lookup) {
+  if (!__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vbmi")) return false;
+  for (size_t b = 0; b < lookup.planes.size(); ++b) {
+    std::transform(lookup.pixels.begin(), lookup.pixels.end(), lookup.planes[b].begin(),
+                   [b](uint32_t pixel) { return static_cast<uint8_t>(pixel >> 8 * b); });
+  }
+  return true;
+}
+
+__attribute__((target("avx512f,avx512bw,avx512vbmi"))) void RenderPlanes(const RowLookup& lookup,
+                                                                         const uint8_t* indexes,
+                                                                         int64_t count, uint8_t* pixels) {
+  __m512i plane[4][4];
+  for (int b = 0; b < 4; ++b) {
+    for (int quarter = 0; quarter < 4; ++quarter) {
+      plane[b][quarter] = _mm512_load_si512(lookup.planes[b].data() + 64 * quarter);
+    }
+  }
+  // Unpacking works inside each 16 bytes: this order of the indexes makes the pixels come out in sequence.
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+
+  for (int64_t x = 0; x < count; x = NextStart(x, 64, count)) {
+    // Masked, with nothing masked out: g++ 12 takes the plain form for one that reads an unset register.
+    const __m512i index = _mm512_maskz_permutexvar_epi32(0xFFFF, order, _mm512_loadu_si512(indexes + x));
+    const __mmask64 upper_half = _mm512_movepi8_mask(index);
+    __m512i byte[4];
+    for (int b = 0; b < 4; ++b) {
+      byte[b] = _mm512_mask_blend_epi8(upper_half, _mm512_permutex2var_epi8(plane[b][0], index, plane[b][1]),
+                                       _mm512_permutex2var_epi8(plane[b][2], index, plane[b][3]));
+    }
+    const __m512i low01 = _mm512_unpacklo_epi8(byte[0], byte[1]),
+                  high01 = _mm512_unpackhi_epi8(byte[0], byte[1]);
+    const __m512i low23 = _mm512_unpacklo_epi8(byte[2], byte[3]),
+                  high23 = _mm512_unpackhi_epi8(byte[2], byte[3]);
+    uint8_t* out = pixels + 4 * x;
+    _mm512_storeu_si512(out, _mm512_unpacklo_epi16(low01, low23));
+    _mm512_storeu_si512(out + 64, _mm512_unpackhi_epi16(low01, low23));
+    _mm512_storeu_si512(out + 128, _mm512_unpacklo_epi16(high01, high23));
+    _mm512_storeu_si512(out + 192, _mm512_unpackhi_epi16(high01, high23));
+  }
+}
+
+// --- AVX2, up to 16 colours: a plane is 16 bytes, and one instruction looks 32 indexes up in it ---
+
+// Finds where the 16 pixels that may differ from `others` begin; false when more than 16 neighbours differ.
+bool FindWindow(const PixelTable& table, uint32_t others, uint8_t& first) {
+  const auto differs = [others](uint32_t pixel) { return pixel != others; };
+  const auto begin = std::find_if(table.begin(), table.end(), differs);
+  const auto end = std::find_if(table.rbegin(), table.rend(), differs).base();
+  first = static_cast<uint8_t>(begin - table.begin());
+  return end - begin <= 16;
+}
+
+// A palette of few colours leaves the table's end alike, a mask that is white at a high index its front.
+bool PrepareWindow(RowLookup& lookup) {
+  const PixelTable& table = lookup.pixels;
+  if (!__builtin_cpu_supports("avx2")) return false;
+  lookup.others = table[255];
+  if (!FindWindow(table, lookup.others, lookup.first)) {
+    lookup.others = table[0];
+    if (!FindWindow(table, lookup.others, lookup.first)) return false;
+  }
+  for (size_t i = 0; i < 16; ++i) {
+    const uint32_t pixel = table[(lookup.first + i) % table.size()] ^ lookup.others;
+    for (size_t b = 0; b < 4; ++b) lookup.planes[b][i] = static_cast<uint8_t>(pixel >> 8 * b);
+  }
+  return true;
+}
+
+__attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const uint8_t* indexes,
+                                                  int64_t count, uint8_t* pixels) {
+  __m256i plane[4];
+  for (int b = 0; b < 4; ++b) {
+    plane[b] = _mm256_permute4x64_epi64(*Vector256(lookup.planes[b].data()), 0x44);  // the 16 bytes twice
+  }
+  const __m256i first = _mm256_set1_epi8(static_cast<char>(lookup.first));
+  const __m256i others = _mm256_set1_epi32(static_cast<int>(lookup.others));
+  // The byte shuffle gives 0 for an index with its top bit set: adding this with saturation sets that bit for
+  // all indexes outside the window and leaves the low four bits of those inside as they are.
+  const __m256i outside = _mm256_set1_epi8(0x70);
+
+  for (int64_t x = 0; x < count; x = NextStart(x, 32, count)) {
+    // Unpacking works inside each 16 bytes: this order of the indexes makes the pixels come out in sequence.
+    __m256i index = _mm256_permute4x64_epi64(_mm256_loadu_si256(Vector256(indexes + x)), 0xD8);
+    index = _mm256_adds_epu8(_mm256_sub_epi8(index, first), outside);
+    __m256i byte[4];
+    for (int b = 0; b < 4; ++b) byte[b] = _mm256_shuffle_epi8(plane[b], index);
+    const __m256i low01 = _mm256_unpacklo_epi8(byte[0], byte[1]),
+                  high01 = _mm256_unpackhi_epi8(byte[0], byte[1]);
+    const __m256i low23 = _mm256_unpacklo_epi8(byte[2], byte[3]),
+                  high23 = _mm256_unpackhi_epi8(byte[2], byte[3]);
+    const __m256i a = _mm256_unpacklo_epi16(low01, low23), b = _mm256_unpackhi_epi16(low01, low23);
+    const __m256i c = _mm256_unpacklo_epi16(high01, high23), d = _mm256_unpackhi_epi16(high01, high23);
+    uint8_t* out = pixels + 4 * x;
+    _mm256_storeu_si256(Vector256(out), _mm256_xor_si256(others, _mm256_permute2x128_si256(a, b, 0x20)));
+    _mm256_storeu_si256(Vector256(out + 32), _mm256_xor_si256(others, _mm256_permute2x128_si256(a, b, 0x31)));
+    _mm256_storeu_si256(Vector256(out + 64), _mm256_xor_si256(others, _mm256_permute2x128_si256(c, d, 0x20)));
+    _mm256_storeu_si256(Vector256(out + 96), _mm256_xor_si256(others, _mm256_permute2x128_si256(c, d, 0x31)));
+  }
+}
+
+// --- AVX2, any table: eight single look-ups, one store ---
+
+bool PrepareEights(RowLookup&) { return __builtin_cpu_supports("avx2"); }
+
+__attribute__((target("avx2"))) void RenderEights(const RowLookup& lookup, const uint8_t* indexes,
+                                                  int64_t count, uint8_t* pixels) {
+  const auto* table = static_cast<const int*>(static_cast<const void*>(lookup.pixels.data()));
+  for (int64_t x = 0; x < count; x = NextStart(x, 8, count)) {
+    uint32_t i, j;
+    std::memcpy(&i, indexes + x, sizeof i);
+    std::memcpy(&j, indexes + x + 4, sizeof j);
+    _mm256_storeu_si256(
+        Vector256(pixels + 4 * x),
+        _mm256_setr_epi32(table[i & 0xFF], table[i >> 8 & 0xFF], table[i >> 16 & 0xFF], table[i >> 24],
+                          table[j & 0xFF], table[j >> 8 & 0xFF], table[j >> 16 & 0xFF], table[j >> 24]));
+  }
+}
+
+#endif
+
+constexpr RowKernel kKernels[] = {
+#if defined(__x86_64__)
+    {"planes of 256, AVX-512 VBMI", 64, PreparePlanes, RenderPlanes},
+    {"planes of 16, AVX2", 32, PrepareWindow, RenderWindow},
+    {"eight a step, AVX2", 8, PrepareEights, RenderEights},
+#endif
+    {"eight a step", 0, SuitsAll, RenderPlain},
+};
+
+}  // namespace
+
+std::span<const RowKernel> RowKernels() { return kKernels; }
