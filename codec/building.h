@@ -31,6 +31,9 @@ void DeleteGifData(GifData* data);
 void DeleteBlocks(Gif* gif);
 void DeleteSubBlocks(GifExtension* extension);
 
+// Bytes behind an image's last pixel, in the same piece of memory, for whoever fills the rows to work with.
+constexpr int32_t kPixelSpare = 288;
+
 // Makes `data` and the rows for the picture's `width`, `height` and `interlace`. Nothing is made (and the
 // result is true) when `height` is below 1; null rows when `width` is.
 bool MakeRows(GifPicture* picture);
