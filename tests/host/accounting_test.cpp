@@ -31,11 +31,11 @@ TEST(Script, UsesClassesMembersAndMemoryBlocks) {
       "local b = Bag() b.Item = WideBag() assert(b.Item == b.Item and b.Item.Width == 80)",
       "local b = Bag() b.Item = b; b.Item = nil",
       "local n = 0 for i, e in pairs(Bag()) do assert(e.Width == i) n = n + 1 end assert(n == 4)",
-      "local ok, e = pcall(function() return Bag().Cell[4] end)"
-      "assert(not ok and e.class == 'OutOfBoundsException' and e.message == 'no such cell' and e.number == 7)"
-      "assert(tostring(e) == 'test:1: OutOfBoundsException: no such cell')",
-      "local m = MemoryBlock('a\\0c') assert(#m == 3 and m[1] == 0 and tostring(m) == 'a\\0c') m[1] = 98 "
-      "assert(m:String() == 'abc' and m:String(1, 1) == 'b' and not pcall(function() return m[3] end))",
+      R"(local ok, e = pcall(function() return Bag().Cell[4] end)
+         assert(not ok and e.class == 'OutOfBoundsException' and e.message == 'no such cell' and e.number == 7)
+         assert(tostring(e) == 'test:1: OutOfBoundsException: no such cell'))",
+      R"(local m = MemoryBlock('a\0c') assert(#m == 3 and m[1] == 0 and tostring(m) == 'a\0c') m[1] = 98
+         assert(m:String() == 'abc' and m:String(1, 1) == 'b' and not pcall(function() return m[3] end)))",
       "assert(MemoryBlock(5).Size == 5 and LenB('h\\u{E9}') == 3)",
       "host.fail('PluginNewInstance', 2) local kept = WideBag(1) assert(WideBag(2) == nil and WideBag(3))",
   };
