@@ -4,6 +4,7 @@
 #include <cstring>
 
 #include "codec/building.h"
+#include "codec/image_decoder.h"
 #include "codec/lzw_decoder.h"
 #include "codec/row_budget.h"
 
@@ -100,17 +101,9 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
 // over.
 static void ReadImageData(MyFILE* stream, const GifPicture* picture) {
   const int32_t code_size = MyGetc(stream);
-  GifDecoder decoder;
-  decoder.data_ended = 0;
-  if (picture && picture->pixels && code_size <= kMaxMinimumCodeSize) {
-    SetUpGifDecoder(&decoder, code_size);
-    uint8_t* line = picture->pixels;
-    for (int32_t y = 0; y < picture->height && !OnlyZerosFollow(&decoder); ++y) {
-      ReadGifLine(stream, &decoder, line, picture->width);
-      line += picture->width;
-    }
-  }
-  if (!decoder.data_ended) SkipSubBlocks(stream);
+  const bool decodes = picture && picture->pixels && code_size <= kMaxMinimumCodeSize;
+  if (decodes && DecodeImage(stream, code_size, picture->pixels, picture->width, picture->height)) return;
+  SkipSubBlocks(stream);
 }
 
 // An image must be read to its end with or without memory for it, so that the next block is found.

@@ -143,11 +143,16 @@ class Heap {
   template <class T>
   friend class Ref;
 
+  // What is remembered of a thing that died. Its own bytes are kept, so that its handle is not used again.
   struct Dead {
-    std::string description;
+    const char* kind;
+    const std::string* type_name;  // lives as long as the host
+    uint64_t serial;
     Activity last_operation;
     Memory memory;
-    size_t size = 0;
+    size_t size;
+
+    std::string Describe() const;
   };
 
   void Admit(std::unique_ptr<Counted> thing);
@@ -159,8 +164,7 @@ class Heap {
   [[noreturn]] static void WrongKind(const Counted& thing, const char* wanted);
 
   std::unordered_map<const void*, std::unique_ptr<Counted>> live_;
-  std::unordered_map<const void*, Dead> dead_;
-  std::deque<const void*> graves_;  // the dead in the order of their death
+  std::deque<Dead> graves_;  // in the order of their death
   size_t buried_bytes_ = 0;
   uint64_t next_serial_ = 1;
   bool keeps_everything_ = false;

@@ -45,7 +45,6 @@ Host::Host(HostOptions options) : options_(std::move(options)) {
   AddPictureClasses(*this);
   AddApplicationClasses(*this);
   AddGlobalMethods(*this);
-  CheckWithheld();
   for (const char* counting :
        {"REALLockObject", "REALUnlockObject", "REALLockString", "REALUnlockString", "unlockPictureDescription"}) {
     if (IsWithheld(counting)) heap_.KeepEverything();
@@ -77,9 +76,10 @@ void Host::StartPlugin(void (*plugin_main)(REALresolver)) {
     plugin_main(ResolveForPlugin);
   }
   CheckTypes();
+  CheckWithheld();
 }
 
-// A name that hides nothing is a slip of the pen.
+// A name that hides nothing is a slip of the pen. The plugin's own classes can be hidden too, so this comes last.
 void Host::CheckWithheld() const {
   for (const std::string& name : options_.without) {
     const bool is_member = std::any_of(classes_.begin(), classes_.end(), [&](const auto& known) {
@@ -89,7 +89,7 @@ void Host::CheckWithheld() const {
         FindHostFunction(name.c_str()) != nullptr) {
       continue;
     }
-    throw std::invalid_argument(Text("the host has no function, class or method \"", name, "\" to be without"));
+    throw std::invalid_argument(Text("there is no host function, class or method \"", name, "\" to be without"));
   }
 }
 

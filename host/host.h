@@ -108,7 +108,6 @@ class Host {
   void CheckTypes() const;
 
   HostOptions options_;
-  Heap heap_;
   NameMap<std::unique_ptr<Class>> classes_;
   MemberTable globals_;
   std::vector<Module> modules_;
@@ -116,6 +115,7 @@ class Host {
   size_t class_count_ = 0;
   int32_t plugin_version_ = 0;
   void* library_ = nullptr;
+  Heap heap_;  // behind the classes, whose names it uses to its end
   Ref<Object> pending_;
 };
 

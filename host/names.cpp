@@ -1,12 +1,11 @@
 #include "host/names.h"
 
 #include <algorithm>
-#include <cctype>
 
 namespace host {
 namespace {
 
-char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // How many letters must be changed, added, left out or swapped with their neighbour.
 size_t EditDistance(std::string_view a, std::string_view b) {

@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "tests/oracle/slow_encoder.h"
+#include "tests/support/failing_allocation.h"
 #include "tests/support/making_documents.h"
 
 namespace {
@@ -150,6 +151,28 @@ TEST(Writer, SplitsLongSubBlocks) {
     const Bytes written = Written(gif.get());
     EXPECT_EQ(Bytes(written.begin() + 13, written.end()), expected) << length;
   }
+}
+
+// What follows stays readable: the image has its code size and no data.
+TEST(Writer, LeavesOutPixelsWithoutMemory) {
+  const Document gif(NewGif());
+  AddPicture(gif.get(), 1, 1, false, {0});
+  AddExtension(gif.get(), 0xFE, {"x"});
+  char bytes[100];
+  MyFILE stream = {nullptr, 0, 0, fmemopen(bytes, sizeof bytes, "wb")};
+  std::setvbuf(stream.file, nullptr, _IONBF, 0);
+  FailAllocation(1, Failing::kFromThenOn);
+  WriteGif(&stream, gif.get());
+  FailAllocation(0);
+  const auto size = static_cast<size_t>(std::ftell(stream.file));
+  std::fclose(stream.file);
+  EXPECT_EQ(WithoutSpaces(Hex(Bytes(bytes + 13, bytes + size))),
+            "2C"
+            "0000000001000100"
+            "00"
+            "0200"
+            "21FE017800"
+            "3B");
 }
 
 // Rows go out in the order of the four passes, whatever the height.

@@ -96,4 +96,28 @@ support.pixels = "\0\1\2\3\2\1" -- of its first image
 
 function support.open() return GifStringToGifZKV(support.sample) end
 
+-- A path in the folder for temporary files where nothing is.
+function support.new_path(ending)
+  local path = os.tmpname()
+  os.remove(path)
+  return path .. (ending or ".gif")
+end
+
+-- The bytes of a file, nil when there is none; the file is removed.
+function support.take_file(path)
+  local file = io.open(path, "rb")
+  if not file then return nil end
+  local bytes = file:read("a")
+  file:close()
+  os.remove(path)
+  return bytes
+end
+
+-- What a document is saved as.
+function support.saved(gif)
+  local path = support.new_path()
+  support.expect("saved", FolderItem(path):SaveAsGIFZKV(gif), true)
+  return support.take_file(path)
+end
+
 return support
