@@ -40,7 +40,7 @@ double Seconds(const std::function<void()>& work) {
 // `render` renders the whole image once.
 void Compare(benchmark::State& state, Image& image, const std::function<void()>& render) {
   std::vector<double> ratios;
-  for (auto _ : state) {
+  while (state.KeepRunning()) {
     const double fill = Seconds([&] { std::memset(image.pixels.data(), 0x55, image.pixels.size()); });
     const double rendering = Seconds(render);
     ratios.push_back(fill / rendering);

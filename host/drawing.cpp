@@ -10,8 +10,8 @@ namespace {
 // Coordinates beyond any picture, brought near enough to calculate with.
 Rectangle Bounded(const Rectangle& area) {
   constexpr int64_t kFar = int64_t{1} << 30;
-  return {std::clamp(area.x, -kFar, kFar), std::clamp(area.y, -kFar, kFar),
-          std::clamp<int64_t>(area.width, 0, kFar), std::clamp<int64_t>(area.height, 0, kFar)};
+  return {std::clamp(area.x, -kFar, kFar), std::clamp(area.y, -kFar, kFar), std::clamp<int64_t>(area.width, 0, kFar),
+          std::clamp<int64_t>(area.height, 0, kFar)};
 }
 
 // The part of a bounded area that lies in the picture.

@@ -18,7 +18,6 @@ void FillRectangle(Picture& picture, const Rectangle& area, uint32_t rgb);
 // In libgd's small built-in font (6 by 13 pixels); (x, y) is the first character's top left corner.
 void DrawText(Picture& picture, int64_t x, int64_t y, std::string_view text, uint32_t rgb);
 // Part of a picture, scaled to fill the target, with its mask honoured.
-void DrawPicture(Picture& picture, const Rectangle& target_area, const Picture& source,
-                 const Rectangle& source_area);
+void DrawPicture(Picture& picture, const Rectangle& target_area, const Picture& source, const Rectangle& source_area);
 
 }  // namespace host

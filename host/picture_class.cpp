@@ -51,8 +51,8 @@ REALobjectStruct* GetGraphics(REALobjectStruct* self, int64_t) {
 // Whether the pixel exists; raises when it does not.
 bool CheckPixel(const Picture& picture, int64_t x, int64_t y) {
   if (picture.Contains(x, y)) return true;
-  Host::Current().Raise("OutOfBoundsException", Text("Pixel ", x, ", ", y, " of a picture of ",
-                                                     picture.width(), " by ", picture.height(), " pixels."));
+  Host::Current().Raise("OutOfBoundsException", Text("Pixel ", x, ", ", y, " of a picture of ", picture.width(),
+                                                     " by ", picture.height(), " pixels."));
   return false;
 }
 
@@ -103,19 +103,18 @@ void Draw(Picture* onto, REALpictureStruct* image, const Rectangle& target, cons
   if (onto == nullptr || source == nullptr) return;
   const Rectangle whole_part{part.x, part.y, SizeOr(part.width, source->width()),
                              SizeOr(part.height, source->height())};
-  DrawPicture(
-      *onto,
-      {target.x, target.y, SizeOr(target.width, whole_part.width), SizeOr(target.height, whole_part.height)},
-      *source, whole_part);
+  DrawPicture(*onto,
+              {target.x, target.y, SizeOr(target.width, whole_part.width), SizeOr(target.height, whole_part.height)},
+              *source, whole_part);
 }
 
-void DrawOnPicture(REALobjectStruct* self, REALpictureStruct* image, int64_t x, int64_t y, int64_t w,
-                   int64_t h, int64_t sx, int64_t sy, int64_t sw, int64_t sh) {
+void DrawOnPicture(REALobjectStruct* self, REALpictureStruct* image, int64_t x, int64_t y, int64_t w, int64_t h,
+                   int64_t sx, int64_t sy, int64_t sw, int64_t sh) {
   Draw(Self<Picture>(self), image, {x, y, w, h}, {sx, sy, sw, sh});
 }
 
-void DrawOnGraphics(REALobjectStruct* self, REALpictureStruct* image, int64_t x, int64_t y, int64_t w,
-                    int64_t h, int64_t sx, int64_t sy, int64_t sw, int64_t sh) {
+void DrawOnGraphics(REALobjectStruct* self, REALpictureStruct* image, int64_t x, int64_t y, int64_t w, int64_t h,
+                    int64_t sx, int64_t sy, int64_t sw, int64_t sh) {
   Draw(Self<Graphics>(self)->picture.get(), image, {x, y, w, h}, {sx, sy, sw, sh});
 }
 
@@ -140,14 +139,11 @@ void AddPictureClass(Host& host) {
       NativeMethod("Constructor(width as Integer, height as Integer)", Proc(Construct)),
       NativeMethod("Constructor(path as String)", Proc(ConstructFromFile)),
       NativeMethod("Pixel(x as Integer, y as Integer) as Color", Proc(GetPixel)),
-      NativeMethod("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)",
-                   Proc(SetPixel)),
+      NativeMethod("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)", Proc(SetPixel)),
       NativeMethod("PixelBytes(x as Integer, y as Integer) as String", Proc(GetPixelBytes)),
       NativeMethod("RGB() as String", Proc(GetRgb)),
-      NativeMethod("FillRect(x as Integer, y as Integer, w as Integer, h as Integer, rgb as Color)",
-                   Proc(FillRect)),
-      NativeMethod("DrawText(x as Integer, y as Integer, text as String, rgb as Color = 0)",
-                   Proc(DrawString)),
+      NativeMethod("FillRect(x as Integer, y as Integer, w as Integer, h as Integer, rgb as Color)", Proc(FillRect)),
+      NativeMethod("DrawText(x as Integer, y as Integer, text as String, rgb as Color = 0)", Proc(DrawString)),
       NativeMethod("DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer = -10000, "
                    "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
                    "sh as Integer = -10000)",

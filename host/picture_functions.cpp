@@ -12,6 +12,7 @@ extern "C" {
 
 REALpictureStruct* newPicture(int32_t width, int32_t height, int32_t depth) {
   HostCall call("newPicture", width, height, depth);
+  if (call.fails()) return nullptr;
   return call.HandOut<REALpictureStruct>(NewPicture(width, height));
 }
 
@@ -20,17 +21,15 @@ int64_t PluginPictureGetType(REALpictureStruct* picture) {
   const HostOptions& options = Host::Current().options();
   if (Find<Picture>(picture) == nullptr) return 0;
   const bool desktop = options.pictures == PictureKind::kDesktop;
-  return call.Result(
-      options.picture_type.value_or(desktop ? kPictureKindCGBitmapContext : kPictureKindGDImage));
+  return call.Result(options.picture_type.value_or(desktop ? kPictureKindCGBitmapContext : kPictureKindGDImage));
 }
 
-int8_t REALLockPictureDescription(REALpictureStruct* picture, REALpictureDescription* description,
-                                  int32_t kind) {
+int8_t REALLockPictureDescription(REALpictureStruct* picture, REALpictureDescription* description, int32_t kind) {
   HostCall call("REALLockPictureDescription", picture, description, kind);
   Picture* found = Find<Picture>(picture);
-  const bool locked = found != nullptr && description != nullptr &&
+  const bool locked = !call.fails() && found != nullptr && description != nullptr &&
                       found->LockDescription(static_cast<uint32_t>(kind), *description);
-  return call.Result(locked ? 1 : 0) != 0;
+  return call.Result<int8_t>(locked);
 }
 
 void unlockPictureDescription(REALpictureStruct* picture) {
@@ -46,14 +45,14 @@ void REALPictureClearCache(REALpictureStruct* picture) {
 REALpictureStruct* REALGetPictureMask(REALpictureStruct* picture, int32_t create) {
   HostCall call("REALGetPictureMask", picture, create);
   Picture* found = Find<Picture>(picture);
-  if (found == nullptr) return nullptr;
+  if (call.fails() || found == nullptr) return nullptr;
   return call.HandOut<REALpictureStruct>(create == 1 ? found->MakeMask() : found->mask());
 }
 
 REALobjectStruct* pluginPictureGraphicsGetter(REALpictureStruct* picture) {
   HostCall call("pluginPictureGraphicsGetter", picture);
   Picture* found = Find<Picture>(picture);
-  if (found == nullptr) return nullptr;
+  if (call.fails() || found == nullptr) return nullptr;
   return call.HandOut<REALobjectStruct>(NewGraphics(Ref<Picture>(found)));
 }
 

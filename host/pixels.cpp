@@ -21,13 +21,9 @@ class GdPixels : public Pixels {
   GdPixels(const GdPixels&) = delete;
   GdPixels& operator=(const GdPixels&) = delete;
 
-  uint32_t Get(int x, int y) const override {
-    return static_cast<uint32_t>(image_->tpixels[y][x]) & 0xFFFFFF;
-  }
+  uint32_t Get(int x, int y) const override { return static_cast<uint32_t>(image_->tpixels[y][x]) & 0xFFFFFF; }
   void Set(int x, int y, uint32_t rgb) override { image_->tpixels[y][x] = static_cast<int>(rgb & 0xFFFFFF); }
-  const uint8_t* At(int x, int y) const override {
-    return reinterpret_cast<const uint8_t*>(&image_->tpixels[y][x]);
-  }
+  const uint8_t* At(int x, int y) const override { return reinterpret_cast<const uint8_t*>(&image_->tpixels[y][x]); }
   size_t pixel_size() const override { return sizeof(int); }
   uint32_t description_kind() const override { return kPictureKindGDImage; }
   void* platform_object() override { return image_; }
@@ -71,8 +67,7 @@ class BitmapPixels : public Pixels {
   bool IsIntact() const override {
     for (size_t y = 0; y < context_.height; ++y) {
       const uint8_t* padding = bytes_.data() + (y + 1) * context_.bytes_per_row - padding_;
-      if (!std::all_of(padding, padding + padding_, [](uint8_t b) { return b == kPaddingByte; }))
-        return false;
+      if (!std::all_of(padding, padding + padding_, [](uint8_t b) { return b == kPaddingByte; })) return false;
     }
     return true;
   }

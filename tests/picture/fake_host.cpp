@@ -145,12 +145,12 @@ FakeHost::~FakeHost() {
 
 REALpictureStruct* FakeHost::MakePicture(int32_t width, int32_t height) { return NewPicture(width, height, 32); }
 
-uint32_t FakeHost::Bytes(REALpictureStruct* picture, int64_t x, int64_t y) {
+uint32_t BytesAt(REALpictureStruct* picture, int64_t x, int64_t y) {
   const uint8_t* b = Of(picture).pixels + y * Of(picture).stride + 4 * x;
   return static_cast<uint32_t>(b[0]) << 24 | b[1] << 16 | b[2] << 8 | b[3];
 }
 
-REALpictureStruct* FakeHost::MaskOf(REALpictureStruct* picture) {
+REALpictureStruct* MaskOf(REALpictureStruct* picture) {
   return reinterpret_cast<REALpictureStruct*>(Of(picture).mask);
 }
 

@@ -40,10 +40,6 @@ class FakeHost {
   // A picture of the host's own, with one reference.
   REALpictureStruct* MakePicture(int32_t width, int32_t height);
 
-  // The pixel's four bytes as they lie in memory, first byte highest.
-  static uint32_t Bytes(REALpictureStruct* picture, int64_t x, int64_t y);
-  static REALpictureStruct* MaskOf(REALpictureStruct* picture);
-
   // Gives the test's own references back (null has none); then nothing may be left: no reference, no lock, no write
   // beside the pixels.
   bool IsBalancedWithout(std::initializer_list<REALpictureStruct*> returned);
@@ -52,3 +48,9 @@ class FakeHost {
   std::vector<std::string> calls;  // names of the host functions called, in order
   std::vector<std::unique_ptr<FakePicture>> pictures;
 };
+
+// The pixel's four bytes as they lie in memory, first byte highest.
+uint32_t BytesAt(REALpictureStruct* picture, int64_t x, int64_t y);
+
+// The mask that was made for the picture; null without one. Borrowed.
+REALpictureStruct* MaskOf(REALpictureStruct* picture);

@@ -47,8 +47,8 @@ void ExpectSame(const gdImage& image, REALpictureStruct* picture, REALpictureStr
     for (int x = 0; x < image.sx; ++x) {
       const int index = image.pixels[y][x];
       const uint32_t bytes = image.blue[index] << 24 | image.green[index] << 16 | image.red[index] << 8;
-      ASSERT_EQ(FakeHost::Bytes(picture, x, y), bytes) << x << ", " << y;
-      ASSERT_EQ(FakeHost::Bytes(mask, x, y), index == image.transparent ? 0xFFFFFF00 : 0) << x << ", " << y;
+      ASSERT_EQ(BytesAt(picture, x, y), bytes) << x << ", " << y;
+      ASSERT_EQ(BytesAt(mask, x, y), index == image.transparent ? 0xFFFFFF00 : 0) << x << ", " << y;
     }
   }
 }

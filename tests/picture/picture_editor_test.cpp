@@ -14,19 +14,18 @@ HostOptions With(HostOptions options, const std::function<void(HostOptions&)>& c
 }
 
 TEST(PictureEditor, StoresEachFormatsBytes) {
+  const auto desktop = [](uint32_t alpha_info, size_t padding = 0) {
+    return With(DesktopHost(), [=](auto& o) { o.alpha_info = alpha_info, o.padding = padding; });
+  };
   const struct {
     HostOptions host;
     uint32_t bytes;  // of red 10, green 20, blue 30
   } cases[] = {
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 1; }), 0x0A141EFF},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 2; }), 0xFF0A141E},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 3; }), 0x0A141EFF},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 4; }), 0xFF0A141E},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 5; }), 0x0A141EFF},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 6; }), 0xFF0A141E},
-      {With(DesktopHost(), [](auto& o) { o.alpha_info = 14; }), 0xFF0A141E},  // 6 with another flag beside it
-      {With(DesktopHost(), [](auto& o) { o.padding = 5; }), 0x0A141EFF},
-      {ConsoleHost(), 0x1E140A00},  // the int 0x000A141E
+      {desktop(1), 0x0A141EFF},    {desktop(2), 0xFF0A141E}, {desktop(3), 0x0A141EFF},  {desktop(4), 0xFF0A141E},
+      {desktop(5), 0x0A141EFF},    {desktop(6), 0xFF0A141E}, {desktop(14), 0xFF0A141E},  // 6 with another flag beside
+                                                                                         // it
+      {desktop(1, 5), 0x0A141EFF},                                                       // rows that are not aligned
+      {ConsoleHost(), 0x1E140A00},                                                       // the int 0x000A141E
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.host.application_class + ", alpha info " + std::to_string(c.host.alpha_info));
@@ -38,8 +37,8 @@ TEST(PictureEditor, StoresEachFormatsBytes) {
     }
     writer.WritePixel(0, 0, 0);  // past the last row: row 0 again
     REALpictureStruct* picture = writer.RenderPictureWriter();
-    EXPECT_EQ(host.Bytes(picture, 0, 0) & 0x00FFFF00, 0u);
-    for (int i = 1; i < 6; ++i) EXPECT_EQ(host.Bytes(picture, i % 3, i / 3), c.bytes) << "pixel " << i;
+    EXPECT_EQ(BytesAt(picture, 0, 0) & 0x00FFFF00, 0u);
+    for (int i = 1; i < 6; ++i) EXPECT_EQ(BytesAt(picture, i % 3, i / 3), c.bytes) << "pixel " << i;
     EXPECT_EQ(host.calls.back(), "REALPictureClearCache");
     EXPECT_EQ(writer.RenderPictureWriter(), nullptr);
     EXPECT_TRUE(host.IsBalancedWithout({picture}));
@@ -67,11 +66,11 @@ CGContext& Context(REALpictureDescription& d) { return *static_cast<CGContextRef
 gdImage& Image(REALpictureDescription& d) { return *static_cast<gdImage*>(d.platform_object); }
 
 TEST(PictureEditor, RefusesPixelsItCannotWrite) {
-  const auto desktop = [](std::function<void(HostOptions&)> change) { return With(DesktopHost(), change); };
-  const auto context = [](std::function<void(REALpictureDescription&)> spoil) {
+  const auto desktop = [](const std::function<void(HostOptions&)>& change) { return With(DesktopHost(), change); };
+  const auto context = [](const std::function<void(REALpictureDescription&)>& spoil) {
     return With(DesktopHost(), [=](auto& o) { o.spoil = spoil; });
   };
-  const auto image = [](std::function<void(REALpictureDescription&)> spoil) {
+  const auto image = [](const std::function<void(REALpictureDescription&)>& spoil) {
     return With(ConsoleHost(), [=](auto& o) { o.spoil = spoil; });
   };
   static uint8_t* palette_rows[4] = {};

@@ -55,9 +55,13 @@ local copy = opened:Clone()
 t.expect("Count", copy.Count, 3)
 t.expect("Block", copy:Block(1), copy:Block(1))
 copy:Block(1).Picture.Left = 99
-copy.Screen.Palette.Red[0] = 99
+copy.Screen.Width, copy.Screen.Palette.Red[0] = 99, 99
 copy:Block(0).Extension:Data(0).DataString = ""
+t.expect("cloned Left", copy:Block(1).Picture.Left, 99)
 t.expect("Left", opened:Block(1).Picture.Left, 1)
+t.expect("cloned Width", copy.Screen.Width, 99)
+t.expect("cloned Red", copy.Screen.Palette:Red(0), 99)
+t.expect("Width", opened.Screen.Width, 5)
 t.expect("Red", opened.Screen.Palette:Red(0), 0)
 t.expect("Length", opened:Block(0).Extension:Data(0).Length, 4)
 local second = copy:Clone()
@@ -90,5 +94,18 @@ end
 
 -- Long lists.
 local many = GIFZKV()
-for _ = 1, 200000 do many:Add(block) end
-t.expect("last", many:Block(199999), block)
+for _ = 1, 50000 do many:Add(block) end
+t.expect("last", many:Block(49999), block)
+many = nil
+
+-- Documents that hold views of each other, in a chain too long for the stack: all go with the last one made.
+local kOneBlock = "GIF89a" .. "\1\0\1\0\0\0\0" .. "\x21\xFE\0" .. "\x3B";
+(function()
+  local chain = GifStringToGifZKV(kOneBlock)
+  for _ = 1, 50000 do
+    local longer = GifStringToGifZKV(kOneBlock)
+    longer:Add(chain.FirstBlock)
+    chain = longer
+  end
+end)()
+t.expect("documents", t.live("GIFZKV"), 0)
