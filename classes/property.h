@@ -10,6 +10,7 @@
 // Object results carry one reference for the script.
 
 #include "classes/instance.h"
+#include "classes/owner.h"
 #include "plugin/exceptions.h"
 
 template <typename Class, typename Value>
@@ -132,6 +133,6 @@ void CloneItems(REALobjectStruct* source, REALobjectStruct* copy, ItemHandler ge
 // Lets go of what a view looks at: the document lives on while other views or the script hold it.
 template <typename Instance>
 void ReleaseView(Instance* data) {
-  ClearField(data->owner);
+  ReleaseOwner(data->owner);
   data->record = nullptr;
 }

@@ -78,7 +78,8 @@ bool MakeRows(GifPicture* picture) {
   const auto height = static_cast<size_t>(picture->height);
   const auto width = static_cast<size_t>(picture->width < 1 ? 0 : picture->width);
   uint8_t** rows = NewRecord<uint8_t*>(height);
-  uint8_t* pixels = width == 0 || !rows ? nullptr : static_cast<uint8_t*>(AllocateZeroed(height, width));
+  uint8_t* pixels =
+      width == 0 || !rows ? nullptr : static_cast<uint8_t*>(AllocateZeroed(height * width + kPixelSpare, 1));
   if (!rows || (width > 0 && !pixels)) {
     std::free(rows);
     return false;

@@ -14,7 +14,7 @@ void* AllocateZeroed(size_t count, size_t size);
 
 template <typename Record>
 Record* NewRecord(size_t count = 1) {
-  return static_cast<Record*>(AllocateZeroed(count, sizeof(Record)));
+  return static_cast<Record*>(AllocateZeroed(count, sizeof(Record)));  // NOLINT(bugprone-sizeof-expression)
 }
 
 // A palette of `count` zero entries; without an array when `count` is below 1.
@@ -30,6 +30,9 @@ void DeleteGifData(GifData* data);
 // Release what a list holds and the list itself, leaving a count of 0.
 void DeleteBlocks(Gif* gif);
 void DeleteSubBlocks(GifExtension* extension);
+
+// Bytes behind an image's last pixel, in the same piece of memory, for whoever fills the rows to work with.
+constexpr int32_t kPixelSpare = 288;
 
 // Makes `data` and the rows for the picture's `width`, `height` and `interlace`. Nothing is made (and the
 // result is true) when `height` is below 1; null rows when `width` is.

@@ -5,12 +5,12 @@
 #include <cstdint>
 #include <cstdio>
 
-// Made by its user on the stack, every field filled in; owns nothing. A file stream when `file` is set (the other
-// fields are then ignored), else a memory stream, which can only be read.
+// Made by its user on the stack, every field filled in; owns nothing. A file stream when `file` is set (`buffer` and
+// `size` are then ignored), else a memory stream, which can only be read.
 struct MyFILE {
   const uint8_t* buffer;  // the bytes of a memory source, or null for an empty one
   int64_t size;           // bytes at `buffer`, at most 2^31 - 1
-  int64_t position;       // index of the next byte to read from `buffer`; starts at 0
+  int64_t position;       // bytes read so far, thus the index of the next one in `buffer`; starts at 0
   FILE* file;
 };
 
@@ -19,6 +19,10 @@ int MyGetc(MyFILE* stream);
 
 // The next `count` bytes, as `count` calls of `MyGetc` would give them.
 void ReadBytes(MyFILE* stream, uint8_t* bytes, int64_t count);
+
+// The bytes that there are in a stream for reading, read or not. Of a file whose size cannot be known, such as a
+// pipe, those read so far.
+int64_t StreamSize(const MyFILE* stream);
 
 // Writes the low 8 bits of `byte` to a file stream; does nothing on a memory stream. Errors are not reported.
 void MyPutc(MyFILE* stream, int byte);

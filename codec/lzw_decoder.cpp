@@ -2,15 +2,7 @@
 
 #include <algorithm>
 
-static void ClearTable(GifDecoder* decoder) {
-  decoder->code_count = decoder->end_code + 1;
-  decoder->code_width = decoder->code_size + 1;
-  decoder->width_limit = 1 << decoder->code_width;
-  decoder->last_code = kNoCode;
-  std::fill_n(decoder->prefix, kTableSize, kNoCode);
-}
-
-void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
+void StartImage(GifDecoder* decoder, int32_t code_size) {
   decoder->code_size = code_size;
   decoder->clear_code = 1 << code_size;
   decoder->end_code = decoder->clear_code + 1;
@@ -20,7 +12,21 @@ void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
   decoder->data_ended = 0;
   decoder->block_pos = 0;
   decoder->block_len = 0;
-  ClearTable(decoder);
+}
+
+void RestartCodes(GifDecoder* decoder) {
+  decoder->code_count = decoder->end_code + 1;
+  decoder->code_width = decoder->code_size + 1;
+  decoder->width_limit = 1 << decoder->code_width;
+  decoder->last_code = kNoCode;
+}
+
+void ForgetEntries(GifDecoder* decoder) { std::fill_n(decoder->prefix, kTableSize, kNoCode); }
+
+void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
+  StartImage(decoder, code_size);
+  RestartCodes(decoder);
+  ForgetEntries(decoder);
 }
 
 bool GatherSubBlocks(MyFILE* stream, GifDecoder* decoder) {
@@ -105,7 +111,8 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
       return;
     }
     if (code == decoder->clear_code) {
-      ClearTable(decoder);
+      RestartCodes(decoder);
+      ForgetEntries(decoder);
       last_code = kNoCode;
       continue;
     }

@@ -57,6 +57,12 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
 // True when all codes to come are 0 and no pixel waits: rows that are zero already will not change.
 bool OnlyZerosFollow(const GifDecoder* decoder);
 
+// What `SetUpGifDecoder` consists of: everything but the codes and the table; the codes as after a clear
+// code; the table's entries, all undefined.
+void StartImage(GifDecoder* decoder, int32_t code_size);
+void RestartCodes(GifDecoder* decoder);
+void ForgetEntries(GifDecoder* decoder);
+
 // Reads the next sub-blocks into the emptied `block`, as many as it is sure to hold. False when there are
 // none.
 bool GatherSubBlocks(MyFILE* stream, GifDecoder* decoder);

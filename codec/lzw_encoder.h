@@ -1,13 +1,13 @@
 #pragma once
 
-// The LZW encoder of GIF89a, appendix F: an image's pixels as codes of growing width, packed into bytes,
-// lowest bit first, and the bytes into data sub-blocks.
+// The LZW encoder of GIF89a, appendix F: an image's pixels as codes of growing width, packed into bytes, lowest bit
+// first, and the bytes into data sub-blocks.
 //
 // One encoder serves one image:
 //
 //   StartGifEncoder(encoder, code_size);
 //   WriteGifCode(stream, encoder, encoder->clear_code);
-//   WriteGifLine(stream, encoder, row, width);             // each row, in file order
+//   WriteGifLine(stream, encoder, row, width);  // each row, in file order
 //   if (encoder->prefix_code != kNoPrefix) WriteGifCode(stream, encoder, encoder->prefix_code);
 //   WriteGifCode(stream, encoder, encoder->end_code);
 //   WriteGifCode(stream, encoder, kFlush);
@@ -19,6 +19,15 @@
 constexpr int32_t kFlush = 4096;     // in place of a code: write out everything and end the image data
 constexpr int32_t kNoPrefix = 4097;  // in place of a prefix: no pixel has been taken yet
 
+// The codes of the strings that are one colour n times over, for n from 2 to `longest`: `longest` - 1 codes at
+// `first` in `run_codes`, where they have room for `room`.
+struct ColourRuns {
+  uint16_t longest;  // at least 1: the colour itself
+  uint16_t first;
+  uint16_t room;
+};
+
+// About 108 KiB; owned by its user, who need not fill it in.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
   int32_t clear_code;   // 2 to the power `code_size`
@@ -27,25 +36,33 @@ struct GifEncoder {
   int32_t code_width;   // bits of the next code written, up to 12
   int32_t width_limit;  // 2 to the power `code_width`
   int32_t prefix_code;  // the string matched so far, or `kNoPrefix`
-  int32_t bit_count;    // bits in `bit_buffer` that are not yet written
+  int32_t bit_count;    // bits in `bit_buffer` that are not yet in `block`, 0 to 7
   uint64_t bit_buffer;  // the next bit to write is the lowest
   int32_t finished;     // 1 once the image data has ended: nothing more is written
   int32_t block_len;    // bytes in `block`
-  uint8_t block[255];   // the sub-block being filled
-  uint64_t hash_table[8192];
+
+  // How strings are found; lzw_encoder.cpp tells more.
+  int32_t uses_runs;           // 1 while strings of one colour are found in `runs`, 0 while all are in `hash_table`
+  int32_t run_colour;          // with `uses_runs`: what the string in hand consists of, if `run_length` is not 0
+  int32_t run_length;          // its pixels; 0 when it has several colours
+  int32_t run_codes_used;      // entries of `run_codes` given to colours
+  int64_t pixels_since_clear;  // pixels that the present strings have coded
+  ColourRuns runs[256];
+  uint16_t run_codes[16384];
+  uint32_t hash_table[16384];
+
+  uint8_t block[8192];  // image data still to be written, several sub-blocks of it
 };
 
-// Readies an encoder for an image whose pixels are coded with `code_size` (2 to 11) bits at least.
+// Readies an encoder for an image whose pixels are coded with at least `code_size` (2 to 11) bits.
 void StartGifEncoder(GifEncoder* encoder, int code_size);
 
-// Adds `len` pixels, which go on where the line before ended. Does nothing for a null line or a length
-// below 1. A pixel that does not fit the code size is written with the bits it has, spoiling its neighbours
-// but nothing else.
+// Adds `len` pixels, which go on where the line before ended. Does nothing for a null line or a length below 1. A
+// pixel that does not fit the code size is written with the bits it has and spoils the codes after it.
 void WriteGifLine(MyFILE* stream, GifEncoder* encoder, const uint8_t* line, int len);
 
-// Writes one code at the present width, or flushes everything and ends the image data when `code` is
-// `kFlush`.
+// Writes one code at the present width, or flushes everything and ends the image data when `code` is `kFlush`.
 void WriteGifCode(MyFILE* stream, GifEncoder* encoder, int code);
 
-// Adds one byte to the image data; a full sub-block goes out when a byte more arrives.
+// Adds one byte to the image data.
 void WriteGifByte(MyFILE* stream, GifEncoder* encoder, int byte);

@@ -4,7 +4,9 @@
 #include <cstring>
 
 #include "codec/building.h"
+#include "codec/image_decoder.h"
 #include "codec/lzw_decoder.h"
+#include "codec/row_budget.h"
 
 static int32_t ReadWord(MyFILE* stream) {
   const int32_t low = MyGetc(stream);
@@ -99,21 +101,13 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
 // over.
 static void ReadImageData(MyFILE* stream, const GifPicture* picture) {
   const int32_t code_size = MyGetc(stream);
-  GifDecoder decoder;
-  decoder.data_ended = 0;
-  if (picture && picture->pixels && code_size <= kMaxMinimumCodeSize) {
-    SetUpGifDecoder(&decoder, code_size);
-    uint8_t* line = picture->pixels;
-    for (int32_t y = 0; y < picture->height && !OnlyZerosFollow(&decoder); ++y) {
-      ReadGifLine(stream, &decoder, line, picture->width);
-      line += picture->width;
-    }
-  }
-  if (!decoder.data_ended) SkipSubBlocks(stream);
+  const bool decodes = picture && picture->pixels && code_size <= kMaxMinimumCodeSize;
+  if (decodes && DecodeImage(stream, code_size, picture->pixels, picture->width, picture->height)) return;
+  SkipSubBlocks(stream);
 }
 
 // An image must be read to its end with or without memory for it, so that the next block is found.
-static void ReadImage(MyFILE* stream, GifBlock* block) {
+static void ReadImage(MyFILE* stream, GifBlock* block, RowBudget* budget) {
   GifPalette no_palette{};
   GifPicture no_picture{};
   no_picture.cmap = &no_palette;
@@ -121,7 +115,7 @@ static void ReadImage(MyFILE* stream, GifBlock* block) {
   block->picture = NewPicture();
   bool made = block->picture != nullptr;
   made = ReadImageDescriptor(stream, made ? block->picture : &no_picture) && made;
-  made = made && MakeRows(block->picture);
+  made = made && budget->Spend(block->picture->width, block->picture->height) && MakeRows(block->picture);
   if (!made) {
     DeletePicture(block->picture);
     block->picture = nullptr;
@@ -131,7 +125,7 @@ static void ReadImage(MyFILE* stream, GifBlock* block) {
 }
 
 // The next block; null after the last one, or without memory.
-static GifBlock* ReadBlock(MyFILE* stream) {
+static GifBlock* ReadBlock(MyFILE* stream, RowBudget* budget) {
   GifBlock* block = NewRecord<GifBlock>();
   if (!block) return nullptr;
   block->intro = MyGetc(stream);
@@ -140,7 +134,7 @@ static GifBlock* ReadBlock(MyFILE* stream) {
       ReadExtension(stream, block);
       return block;
     case kImageIntroducer:
-      ReadImage(stream, block);
+      ReadImage(stream, block, budget);
       return block;
     default:
       DeleteGifBlock(block);
@@ -163,5 +157,6 @@ void ReadGif(MyFILE* stream, Gif* gif) {
   ReadBytes(stream, reinterpret_cast<uint8_t*>(gif->header), 6);
   if (std::memcmp(gif->header, "GIF87a", 6) != 0 && std::memcmp(gif->header, "GIF89a", 6) != 0) return;
   ReadScreen(stream, gif->screen);
-  while (GifBlock* block = ReadBlock(stream)) AppendBlock(gif, block);
+  RowBudget budget(stream);
+  while (GifBlock* block = ReadBlock(stream, &budget)) AppendBlock(gif, block);
 }

@@ -61,8 +61,7 @@ void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
   PutWord(stream, picture->width);
   PutWord(stream, picture->height);
   MyPutc(stream, Flag(picture->has_cmap, 7) | Flag(picture->interlace, 6) | Flag(picture->sorted, 5) |
-                     (picture->reserved & 3) << 3 |
-                     (picture->has_cmap ? PackedDepth(picture->cmap_depth) : 0));
+                     (picture->reserved & 3) << 3 | (picture->has_cmap ? PackedDepth(picture->cmap_depth) : 0));
   if (picture->has_cmap) WritePalette(stream, picture->cmap);
 }
 
@@ -86,7 +85,7 @@ struct Release {
 
 void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* picture) {
   const int32_t code_size = CodeSize(screen, picture);
-  const std::unique_ptr<GifEncoder, Release> encoder(NewRecord<GifEncoder>());
+  const std::unique_ptr<GifEncoder, Release> encoder(static_cast<GifEncoder*>(std::malloc(sizeof(GifEncoder))));
   MyPutc(stream, code_size);
   if (!encoder) return MyPutc(stream, 0);  // an image without pixels: what follows stays readable
   StartGifEncoder(encoder.get(), code_size);

@@ -40,8 +40,7 @@ Record** Collect(const ObjectList* list, Record* (*make)(const Instance&), int32
 GifPalette* CopyPalette(REALobjectStruct* object) {
   if (!object) return nullptr;
   const auto& source = *DataOf<GifPaletteInstance>(object);
-  GifPalette* palette =
-      NewPalette(Low32(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
+  GifPalette* palette = NewPalette(Low32(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
   if (palette) std::copy_n(source.colours, palette->count, palette->colours);
   return palette;
 }
@@ -62,8 +61,7 @@ void CopyScreen(const GifScreenInstance& source, GifScreen* screen) {
 // At most six characters, over the start of the header that is there.
 void CopyHeader(REALstringStruct* source, char* header) {
   const StringContents text(source);
-  if (text.length() > 0)
-    std::strncpy(header, text.bytes(), static_cast<size_t>(std::min<int64_t>(text.length(), 6)));
+  if (text.length() > 0) std::strncpy(header, text.bytes(), static_cast<size_t>(std::min<int64_t>(text.length(), 6)));
 }
 
 // Fills the rows with what the MemoryBlock holds of them.
@@ -99,15 +97,13 @@ GifData* AssembleData(const GifDataInstance& source) {
   if (contents.length() < 1 || contents.length() > std::numeric_limits<int32_t>::max()) return nullptr;
   const auto length = static_cast<size_t>(contents.length());
   GifData* data = NewRecord<GifData>();
-  uint8_t* bytes = NewRecord<uint8_t>(length);
-  if (!data || !bytes) {
-    std::free(bytes);
-    std::free(data);
+  if (data) data->bytes = NewRecord<uint8_t>(length);
+  if (!data || !data->bytes) {
+    DeleteGifData(data);
     return nullptr;
   }
-  std::memcpy(bytes, contents.bytes(), length);
+  std::memcpy(data->bytes, contents.bytes(), length);
   data->length = static_cast<int32_t>(length);
-  data->bytes = bytes;
   return data;
 }
 

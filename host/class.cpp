@@ -109,8 +109,7 @@ const Method* Class::FindDeclared(std::string_view declaration) const {
 }
 
 std::vector<std::string> Class::MemberNames() const {
-  std::vector<std::string> names =
-      superclass != nullptr ? superclass->MemberNames() : std::vector<std::string>();
+  std::vector<std::string> names = superclass != nullptr ? superclass->MemberNames() : std::vector<std::string>();
   for (const auto& [key, group] : members.all()) names.push_back(group.name);
   return names;
 }

@@ -59,8 +59,7 @@ class Parser {
   }
 
   void SkipBlanks() {
-    while (position_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[position_])))
-      ++position_;
+    while (position_ < text_.size() && std::isspace(static_cast<unsigned char>(text_[position_]))) ++position_;
   }
 
   bool Take(char wanted) {
@@ -72,9 +71,7 @@ class Parser {
 
   std::string_view PeekWord() {
     SkipBlanks();
-    const auto is_part = [](char c) {
-      return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.';
-    };
+    const auto is_part = [](char c) { return std::isalnum(static_cast<unsigned char>(c)) || c == '_' || c == '.'; };
     const auto begin = text_.begin() + static_cast<std::ptrdiff_t>(position_);
     const auto end = std::find_if_not(begin, text_.end(), is_part);
     return text_.substr(position_, static_cast<size_t>(end - begin));
@@ -94,8 +91,7 @@ class Parser {
   }
 
   [[noreturn]] void Fail(const char* wanted) {
-    throw std::invalid_argument(
-        Text("declaration \"", text_, "\": ", wanted, " expected at column ", position_ + 1));
+    throw std::invalid_argument(Text("declaration \"", text_, "\": ", wanted, " expected at column ", position_ + 1));
   }
 
   std::string_view text_;

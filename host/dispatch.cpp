@@ -104,8 +104,8 @@ std::string Mismatch(const std::string& label, const Method& method, const std::
 }
 
 // The overload that takes the arguments, of those with a handler that `handler_of` gives.
-const Method& Choose(const MemberGroup& group, const std::vector<Value>& arguments,
-                     REALproc Method::*handler_of, std::string Method::*label_of) {
+const Method& Choose(const MemberGroup& group, const std::vector<Value>& arguments, REALproc Method::*handler_of,
+                     std::string Method::*label_of) {
   std::string complaint;
   std::string signatures;
   std::string label = group.name;
@@ -120,8 +120,7 @@ const Method& Choose(const MemberGroup& group, const std::vector<Value>& argumen
   if (!complaint.empty()) throw UsageError(complaint);
   const bool exists = std::any_of(group.overloads.begin(), group.overloads.end(),
                                   [&](const auto& method) { return (*method).*handler_of != nullptr; });
-  if (!exists && handler_of == &Method::setter)
-    throw UsageError(label.substr(0, label.size() - 1) + " can't be set");
+  if (!exists && handler_of == &Method::setter) throw UsageError(label.substr(0, label.size() - 1) + " can't be set");
   throw UsageError(Text(label, " takes ", signatures, ", not ", arguments.size(),
                         arguments.size() == 1 ? " argument" : " arguments"));
 }
@@ -162,15 +161,13 @@ Value GetProperty(Host& host, const Ref<Object>& object, const Property& propert
 void SetProperty(Host& host, const Ref<Object>& object, const Property& property, const Value& value) {
   if (property.setter == nullptr) throw UsageError(property.get_label + " can't be set");
   if (!Accepts(property.type, value)) {
-    throw UsageError(
-        Text(property.get_label, " is ", WithArticle(property.type.name), ", not ", NameOf(value)));
+    throw UsageError(Text(property.get_label, " is ", WithArticle(property.type.name), ", not ", NameOf(value)));
   }
   Invoke(host, property.set_label, property.set_form, property.setter, {kSelf, kInteger, property.type},
          {HandleValue(object), property.parameter, value}, {});
 }
 
-Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group,
-                 std::vector<Value> arguments) {
+Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments) {
   const Method& method = Choose(group, arguments, &Method::handler, &Method::label);
   FillDefaults(method, arguments);
   PutSelfFirst(method, object, arguments);
@@ -178,8 +175,8 @@ Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group
                 method.declaration.result);
 }
 
-void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& group,
-                  std::vector<Value> arguments, const Value& value) {
+void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments,
+                  const Value& value) {
   const Method& method = Choose(group, arguments, &Method::setter, &Method::set_label);
   const Type& type = method.declaration.result;
   if (!Accepts(type, value)) {

@@ -14,10 +14,9 @@ Value GetProperty(Host& host, const Ref<Object>& object, const Property& propert
 void SetProperty(Host& host, const Ref<Object>& object, const Property& property, const Value& value);
 
 // `object` is null for global methods.
-Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group,
-                 std::vector<Value> arguments);
-void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& group,
-                  std::vector<Value> arguments, const Value& value);
+Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments);
+void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments,
+                  const Value& value);
 
 // The member, or a UsageError that names the class and the nearest member.
 const MemberGroup& RequireMember(const Class& object_class, std::string_view name);

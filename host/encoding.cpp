@@ -17,9 +17,8 @@ struct Encoding {
 };
 
 constexpr Encoding kEncodings[] = {
-    {kEncodingMacRoman, "MACINTOSH", 1},   {kEncodingUtf16, "UTF-16LE", 2},
-    {kEncodingWindowsLatin1, "CP1252", 1}, {kEncodingAscii, "ASCII", 1},
-    {kEncodingUtf8, "UTF-8", 1},           {kEncodingUtf32, "UTF-32LE", 4},
+    {kEncodingMacRoman, "MACINTOSH", 1}, {kEncodingUtf16, "UTF-16LE", 2}, {kEncodingWindowsLatin1, "CP1252", 1},
+    {kEncodingAscii, "ASCII", 1},        {kEncodingUtf8, "UTF-8", 1},     {kEncodingUtf32, "UTF-32LE", 4},
 };
 
 const Encoding* FindEncoding(uint32_t code) {
@@ -36,8 +35,7 @@ using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, CloseConverter
 
 // iconv over all of `bytes`. At a character that cannot be converted `replace` says what to write instead.
 template <class Replace>
-bool Convert(std::string_view bytes, const Encoding& from, const Encoding& to, std::string& out,
-             Replace replace) {
+bool Convert(std::string_view bytes, const Encoding& from, const Encoding& to, std::string& out, Replace replace) {
   const iconv_t opened = iconv_open(to.iconv_name, from.iconv_name);
   if (opened == reinterpret_cast<iconv_t>(-1)) return false;
   const Converter converter(opened);

@@ -15,9 +15,7 @@ void SetMessage(REALobjectStruct* self, int64_t, REALstringStruct* message) {
 
 int64_t GetErrorNumber(REALobjectStruct* self, int64_t) { return Self<Exception>(self)->number; }
 
-void SetErrorNumber(REALobjectStruct* self, int64_t, int64_t number) {
-  Self<Exception>(self)->number = number;
-}
+void SetErrorNumber(REALobjectStruct* self, int64_t, int64_t number) { Self<Exception>(self)->number = number; }
 
 Ref<Object> Make(Heap& heap, const Class& own_class) { return heap.Make<Exception>(own_class); }
 

@@ -4,6 +4,7 @@
 #include <cstdlib>
 
 #include "host/text.h"
+#include "host/trace.h"
 
 namespace host {
 namespace {
@@ -25,7 +26,8 @@ ActivityScope::~ActivityScope() { current_activity = before_; }
 
 void Fault(const std::string& what) {
   std::fflush(stdout);
-  std::fprintf(stderr, "\nfault: %s: %s\n", current_activity.Describe().c_str(), what.c_str());
+  std::fprintf(stderr, "%sfault: %s: %s\n", IsTracing() ? "\n" : "", current_activity.Describe().c_str(),
+               what.c_str());
   std::fflush(nullptr);
   std::_Exit(kExitFault);
 }

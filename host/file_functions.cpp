@@ -42,8 +42,9 @@ extern "C" {
 int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFSUniStr255* name) {
   HostCall call("REALFSRefFromFolderItem", item, reference, name);
   const FolderItem* found = Find<FolderItem>(item);
-  const bool described = found != nullptr && reference != nullptr && Describe(*found, *reference, name);
-  return call.Result(described ? 1 : 0) != 0;
+  const bool described =
+      !call.fails() && found != nullptr && reference != nullptr && Describe(*found, *reference, name);
+  return call.Result<int8_t>(described);
 }
 
 }  // extern "C"

@@ -16,13 +16,9 @@ void Construct(REALobjectStruct* self, REALstringStruct* path) {
   Self<FolderItem>(self)->set_path(text == nullptr ? std::string() : text->bytes());
 }
 
-REALstringStruct* GetPath(REALobjectStruct* self, int64_t) {
-  return StringResult(Self<FolderItem>(self)->path());
-}
+REALstringStruct* GetPath(REALobjectStruct* self, int64_t) { return StringResult(Self<FolderItem>(self)->path()); }
 
-REALstringStruct* GetName(REALobjectStruct* self, int64_t) {
-  return StringResult(Self<FolderItem>(self)->name());
-}
+REALstringStruct* GetName(REALobjectStruct* self, int64_t) { return StringResult(Self<FolderItem>(self)->name()); }
 
 int8_t GetExists(REALobjectStruct* self, int64_t) { return Self<FolderItem>(self)->Exists() ? 1 : 0; }
 

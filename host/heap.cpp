@@ -5,6 +5,7 @@
 #include <map>
 #include <new>
 
+#include "host/names.h"
 #include "host/text.h"
 
 namespace host {
@@ -26,8 +27,17 @@ Counted::Counted(size_t handle_size) : memory_(AllocateZeroed(handle_size)), han
 
 std::string Counted::Describe() const { return Text(type_name(), "#", serial_); }
 
+std::string Counted::DescribeWithKind() const {
+  return SameName(kind(), type_name()) ? Describe() : Text(kind(), " ", Describe());
+}
+
+std::string Heap::Dead::Describe() const { return Text(kind, " ", *type_name, "#", serial); }
+
 Heap::~Heap() {
   while (!graves_.empty()) Exhume();
+  // What is still alive may refer to each other and to a plugin that is gone: it stays as it is, for good.
+  static auto& abandoned = *new std::vector<std::unique_ptr<Counted>>;
+  for (auto& [handle, thing] : live_) abandoned.push_back(std::move(thing));
 }
 
 void Heap::Admit(std::unique_ptr<Counted> thing) {
@@ -48,15 +58,15 @@ Counted* Heap::FindLive(const void* handle) {
   if (handle == nullptr) return nullptr;
   const auto found = live_.find(handle);
   if (found != live_.end()) return found->second.get();
-  const auto dead = dead_.find(handle);
-  if (dead == dead_.end()) Fault(Text("the handle ", handle, " was never given out"));
-  Fault(Text(dead->second.description,
-             " is dead; the last operation on it: ", dead->second.last_operation.Describe()));
+  for (const Dead& dead : graves_) {
+    if (dead.memory.get() != handle) continue;
+    Fault(Text(dead.Describe(), " is dead; the last operation on it: ", dead.last_operation.Describe()));
+  }
+  Fault(Text("the handle ", handle, " was never given out, or is long dead"));
 }
 
 void Heap::WrongKind(const Counted& thing, const char* wanted) {
-  Fault(Text(thing.Describe(), " (", thing.kind(), ") was given where a handle of kind ", wanted,
-             " is needed"));
+  Fault(Text(thing.DescribeWithKind(), " was given where a handle of kind ", wanted, " is needed"));
 }
 
 void* Heap::HandOut(Counted* thing) {
@@ -70,8 +80,9 @@ void* Heap::HandOut(Counted* thing) {
 void Heap::GiveUp(const void* handle) {
   Counted* thing = FindLive(handle);
   if (thing == nullptr) return;
+  if (thing->plugin_references_ == 0 && keeps_everything_) return;
   if (thing->plugin_references_ == 0) {
-    Fault(Text(thing->kind(), " ", thing->Describe(),
+    Fault(Text(thing->DescribeWithKind(),
                ": a reference is given up that the plugin does not have; the last operation on it: ",
                thing->last_operation_.Describe()));
   }
@@ -81,7 +92,7 @@ void Heap::GiveUp(const void* handle) {
 }
 
 void Heap::DestroyUnreferenced(Counted& thing) {
-  if (thing.host_references_ + thing.plugin_references_ > 0 || thing.dying_) return;
+  if (thing.host_references_ + thing.plugin_references_ > 0 || thing.dying_ || keeps_everything_) return;
   thing.dying_ = true;
   thing.BeforeDeath();
   const auto found = live_.find(thing.handle());
@@ -91,26 +102,21 @@ void Heap::DestroyUnreferenced(Counted& thing) {
 }
 
 void Heap::Bury(std::unique_ptr<Counted> thing) {
-  Dead dead{Text(thing->kind(), " ", thing->Describe()), thing->last_operation_, std::move(thing->memory_),
-            thing->handle_size_};
-  std::fill_n(dead.memory.get(), dead.size, kDeadByte);
-  const void* handle = dead.memory.get();
-  buried_bytes_ += dead.size;
-  dead_.emplace(handle, std::move(dead));
-  graves_.push_back(handle);
+  const size_t size = thing->handle_size_;
+  std::fill_n(thing->memory_.get(), size, kDeadByte);
+  graves_.push_back(
+      {thing->kind(), &thing->type_name(), thing->serial_, thing->last_operation_, std::move(thing->memory_), size});
+  buried_bytes_ += size;
   while (graves_.size() > kGraveCount || buried_bytes_ > kGraveBytes) Exhume();
 }
 
 void Heap::Exhume() {
-  const auto found = dead_.find(graves_.front());
-  const Dead& dead = found->second;
-  if (!std::all_of(dead.memory.get(), dead.memory.get() + dead.size,
-                   [](std::byte b) { return b == kDeadByte; })) {
-    Fault(Text(dead.description, " was written to after its death; the last operation on it: ",
-               dead.last_operation.Describe()));
+  const Dead& dead = graves_.front();
+  if (!std::all_of(dead.memory.get(), dead.memory.get() + dead.size, [](std::byte b) { return b == kDeadByte; })) {
+    Fault(Text(dead.Describe(),
+               " was written to after its death; the last operation on it: ", dead.last_operation.Describe()));
   }
   buried_bytes_ -= dead.size;
-  dead_.erase(found);
   graves_.pop_front();
 }
 

@@ -36,6 +36,7 @@ class Counted {
   virtual const char* kind() const = 0;              // "object", "string", ...
   virtual const std::string& type_name() const = 0;  // the class, or the kind again
   virtual std::string Describe() const;              // "GifBlockZKV#12"
+  std::string DescribeWithKind() const;              // "object GifBlockZKV#12"
   virtual void BeforeDeath() {}                      // the last reference went; handles still work
 
   // The address that the plugin sees. Its first `handle_size` bytes are the thing's own.
@@ -90,6 +91,11 @@ class Ref {
 class Heap {
  public:
   Heap() = default;
+  // From now on nothing dies before the heap does, and references are not checked: for a host that hides one of the
+  // functions that count them from the plugin.
+  void KeepEverything() { keeps_everything_ = true; }
+  bool keeps_everything() const { return keeps_everything_; }
+
   Heap(const Heap&) = delete;
   Heap& operator=(const Heap&) = delete;
   ~Heap();
@@ -137,11 +143,16 @@ class Heap {
   template <class T>
   friend class Ref;
 
+  // What is remembered of a thing that died. Its own bytes are kept, so that its handle is not used again.
   struct Dead {
-    std::string description;
+    const char* kind;
+    const std::string* type_name;  // lives as long as the host
+    uint64_t serial;
     Activity last_operation;
     Memory memory;
-    size_t size = 0;
+    size_t size;
+
+    std::string Describe() const;
   };
 
   void Admit(std::unique_ptr<Counted> thing);
@@ -153,10 +164,10 @@ class Heap {
   [[noreturn]] static void WrongKind(const Counted& thing, const char* wanted);
 
   std::unordered_map<const void*, std::unique_ptr<Counted>> live_;
-  std::unordered_map<const void*, Dead> dead_;
-  std::deque<const void*> graves_;  // the dead in the order of their death
+  std::deque<Dead> graves_;  // in the order of their death
   size_t buried_bytes_ = 0;
   uint64_t next_serial_ = 1;
+  bool keeps_everything_ = false;
 };
 
 template <class T>

@@ -48,6 +48,7 @@ struct Module {
 
 class Host {
  public:
+  // Throws std::invalid_argument for options that cannot be met.
   explicit Host(HostOptions options = {});
   ~Host();
   Host(const Host&) = delete;
@@ -66,8 +67,7 @@ class Host {
   void Set(const Ref<Object>& object, std::string_view property, const Value& value);
   Value Call(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments = {});
   // `object.method(arguments) = value`
-  void Assign(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments,
-              const Value& value);
+  void Assign(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments, const Value& value);
   Value CallGlobal(std::string_view method, std::vector<Value> arguments = {});
   Ref<String> NewString(std::string_view bytes);  // UTF-8 where the bytes are that, else of unknown encoding
 
@@ -91,6 +91,7 @@ class Host {
   struct CallCount {
     int64_t resolved = 0;
     int64_t called = 0;
+    int64_t failing_call = 0;  // the call, counted from 1, that finds nothing and makes nothing; 0: none
   };
   std::map<std::string, CallCount, std::less<>>& call_counts() { return call_counts_; }
 
@@ -103,10 +104,10 @@ class Host {
   bool ReportLeaks() const;
 
  private:
+  void CheckWithheld() const;
   void CheckTypes() const;
 
   HostOptions options_;
-  Heap heap_;
   NameMap<std::unique_ptr<Class>> classes_;
   MemberTable globals_;
   std::vector<Module> modules_;
@@ -114,6 +115,7 @@ class Host {
   size_t class_count_ = 0;
   int32_t plugin_version_ = 0;
   void* library_ = nullptr;
+  Heap heap_;  // behind the classes, whose names it uses to its end
   Ref<Object> pending_;
 };
 

@@ -8,6 +8,9 @@ std::string ShowHandle(const void* handle) {
   return thing != nullptr ? thing->Describe() : Text(handle);
 }
 
-void HostCall::Count(const char* name) { ++Host::Current().call_counts()[name].called; }
+bool HostCall::CountCall(const char* name) {
+  Host::CallCount& count = Host::Current().call_counts()[name];
+  return ++count.called == count.failing_call;
+}
 
 }  // namespace host

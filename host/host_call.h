@@ -37,8 +37,7 @@ class HostCall {
  public:
   template <class... Arguments>
   explicit HostCall(const char* name, const Arguments&... arguments)
-      : activity_(ActivityScope::Function(name)), traced_(IsTracing()) {
-    Count(name);
+      : activity_(ActivityScope::Function(name)), fails_(CountCall(name)), traced_(IsTracing()) {
     if (!traced_) return;
     std::string shown;
     ((shown += (shown.empty() ? "" : ", ") + ShowArgument(arguments)), ...);
@@ -49,6 +48,9 @@ class HostCall {
   }
   HostCall(const HostCall&) = delete;
   HostCall& operator=(const HostCall&) = delete;
+
+  // Whether this call is to fail on demand.
+  bool fails() const { return fails_; }
 
   // Passes the result through, noting it for the trace.
   template <class T>
@@ -63,9 +65,10 @@ class HostCall {
   }
 
  private:
-  static void Count(const char* name);
+  static bool CountCall(const char* name);  // whether it is the one to fail
 
   ActivityScope activity_;
+  bool fails_;
   bool traced_;
   std::string result_;
 };

@@ -11,9 +11,7 @@ namespace {
 
 constexpr const char* kMetatable = "host.class";
 
-const Class& CheckClass(lua_State* lua) {
-  return **static_cast<const Class**>(luaL_checkudata(lua, 1, kMetatable));
-}
+const Class& CheckClass(lua_State* lua) { return **static_cast<const Class**>(luaL_checkudata(lua, 1, kMetatable)); }
 
 int New(lua_State* lua) {
   const Class& wanted = CheckClass(lua);
@@ -29,8 +27,7 @@ int ClassToText(lua_State* lua) {
 void PushClass(lua_State* lua, const Class& wanted) {
   *static_cast<const Class**>(lua_newuserdatauv(lua, sizeof(const Class*), 0)) = &wanted;
   if (luaL_newmetatable(lua, kMetatable) != 0) {
-    const luaL_Reg functions[] = {
-        {"__call", Guarded<New>}, {"__tostring", Guarded<ClassToText>}, {nullptr, nullptr}};
+    const luaL_Reg functions[] = {{"__call", Guarded<New>}, {"__tostring", Guarded<ClassToText>}, {nullptr, nullptr}};
     luaL_setfuncs(lua, functions, 0);
   }
   lua_setmetatable(lua, -2);

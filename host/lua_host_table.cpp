@@ -125,6 +125,13 @@ int Calls(lua_State* lua) {
   return 2;
 }
 
+// host.fail(name [, n]): the n-th call of that host function from now on fails, once.
+int Fail(lua_State* lua) {
+  Host::CallCount& count = Host::Current().call_counts()[luaL_checkstring(lua, 1)];
+  count.failing_call = count.called + luaL_optinteger(lua, 2, 1);
+  return 0;
+}
+
 int Exists(lua_State* lua) {
   std::error_code error;
   lua_pushboolean(lua, std::filesystem::exists(luaL_checkstring(lua, 1), error) ? 1 : 0);
@@ -142,10 +149,9 @@ int ClassName(lua_State* lua) {
 
 void OpenHostTable(lua_State* lua) {
   const luaL_Reg functions[] = {
-      {"classes", Guarded<Classes>}, {"describe", Guarded<Describe>},
-      {"modules", Guarded<Modules>}, {"live", Guarded<Live>},
-      {"calls", Guarded<Calls>},     {"exists", Guarded<Exists>},
-      {"class", Guarded<ClassName>}, {nullptr, nullptr},
+      {"classes", Guarded<Classes>}, {"describe", Guarded<Describe>}, {"modules", Guarded<Modules>},
+      {"live", Guarded<Live>},       {"calls", Guarded<Calls>},       {"fail", Guarded<Fail>},
+      {"exists", Guarded<Exists>},   {"class", Guarded<ClassName>},   {nullptr, nullptr},
   };
   luaL_newlib(lua, functions);
   const Host& host = Host::Current();

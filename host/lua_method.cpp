@@ -36,8 +36,7 @@ int Call(lua_State* lua) {
   const int last = lua_gettop(lua);
   const Ref<Object> object = PushBoundObject(lua);
   const bool called_with_colon = object && last >= 2 && lua_rawequal(lua, 2, -1) != 0;
-  const Value result =
-      CallMethod(Host::Current(), object, group, ToValues(lua, called_with_colon ? 3 : 2, last));
+  const Value result = CallMethod(Host::Current(), object, group, ToValues(lua, called_with_colon ? 3 : 2, last));
   if (group.overloads.front()->declaration.result.kind == Type::Kind::kNothing) return 0;
   PushMethodResult(lua, group, result);
   return 1;
@@ -63,8 +62,7 @@ int NewIndex(lua_State* lua) {
 int ToText(lua_State* lua) {
   const MemberGroup& group = CheckMethod(lua);
   const Ref<Object> object = PushBoundObject(lua);
-  PushString(lua,
-             object ? Text("method ", object->type_name(), ".", group.name) : Text("method ", group.name));
+  PushString(lua, object ? Text("method ", object->type_name(), ".", group.name) : Text("method ", group.name));
   return 1;
 }
 

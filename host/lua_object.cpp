@@ -105,8 +105,8 @@ int NextElement(lua_State* lua) {
   const lua_Integer next = lua_isnil(lua, 2) ? 0 : lua_tointeger(lua, 2) + 1;
   if (next >= lua_tointeger(lua, lua_upvalueindex(2))) return 0;
   lua_pushinteger(lua, next);
-  PushValue(lua, CallMethod(Host::Current(), object, RequireElements(object->object_class()),
-                            {Value(int64_t{next})}));
+  PushValue(lua,
+            CallMethod(Host::Current(), object, RequireElements(object->object_class()), {Value(int64_t{next})}));
   return 2;
 }
 

@@ -63,6 +63,9 @@ int main(int argc, char** argv) {
   }
   try {
     return Run(options);
+  } catch (const std::invalid_argument& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitUsage;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "gifhost: %s\n", error.what());
     return kExitScriptFailed;

@@ -37,8 +37,8 @@ void SetSize(REALobjectStruct* self, int64_t, int64_t size) { ResizeOrRaise(*Sel
 // Whether `count` bytes from `offset` on lie inside; raises when they don't.
 bool CheckRange(const MemoryBlock& block, int64_t offset, int64_t count) {
   if (offset >= 0 && count >= 0 && offset <= block.size() && count <= block.size() - offset) return true;
-  Host::Current().Raise("OutOfBoundsException", Text("Byte ", offset, " of a MemoryBlock of ", block.size(),
-                                                     " bytes, ", count, " wanted."));
+  Host::Current().Raise("OutOfBoundsException",
+                        Text("Byte ", offset, " of a MemoryBlock of ", block.size(), " bytes, ", count, " wanted."));
   return false;
 }
 

@@ -14,14 +14,14 @@ REALmemoryBlockStruct* newMemoryBlock(int32_t size) {
   HostCall call("newMemoryBlock", size);
   Host& host = Host::Current();
   const Ref<MemoryBlock> block = host.heap().Make<MemoryBlock>(host.RequireClass("MemoryBlock"));
-  if (!block->Resize(size)) return nullptr;
+  if (call.fails() || !block->Resize(size)) return nullptr;
   return call.HandOut<REALmemoryBlockStruct>(block);
 }
 
 void* memoryBlockGetPtr(REALmemoryBlockStruct* block) {
   HostCall call("memoryBlockGetPtr", block);
   const MemoryBlock* found = Find<MemoryBlock>(block);
-  return found == nullptr ? nullptr : found->bytes();
+  return call.fails() || found == nullptr ? nullptr : found->bytes();
 }
 
 int64_t memoryBlockGetSize(REALmemoryBlockStruct* block) {

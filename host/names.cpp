@@ -1,34 +1,33 @@
 #include "host/names.h"
 
 #include <algorithm>
-#include <cctype>
-#include <numeric>
 
 namespace host {
 namespace {
 
-char Lower(char c) { return static_cast<char>(std::tolower(static_cast<unsigned char>(c))); }
+char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
+// How many letters must be changed, added, left out or swapped with their neighbour.
 size_t EditDistance(std::string_view a, std::string_view b) {
-  std::vector<size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), size_t{0});
-  for (size_t i = 0; i < a.size(); ++i) {
-    size_t diagonal = row[0];
-    row[0] = i + 1;
-    for (size_t j = 0; j < b.size(); ++j) {
-      const size_t replaced = diagonal + (Lower(a[i]) == Lower(b[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+  std::vector<std::vector<size_t>> distance(a.size() + 1, std::vector<size_t>(b.size() + 1));
+  for (size_t i = 0; i <= a.size(); ++i) distance[i][0] = i;
+  for (size_t j = 0; j <= b.size(); ++j) distance[0][j] = j;
+  for (size_t i = 1; i <= a.size(); ++i) {
+    for (size_t j = 1; j <= b.size(); ++j) {
+      const auto same = [&](size_t k, size_t l) { return Lower(a[k - 1]) == Lower(b[l - 1]); };
+      size_t& least = distance[i][j];
+      least =
+          std::min({distance[i - 1][j] + 1, distance[i][j - 1] + 1, distance[i - 1][j - 1] + (same(i, j) ? 0 : 1)});
+      if (i > 1 && j > 1 && same(i, j - 1) && same(i - 1, j)) least = std::min(least, distance[i - 2][j - 2] + 1);
     }
   }
-  return row.back();
+  return distance.back().back();
 }
 
 }  // namespace
 
 bool SameName(std::string_view a, std::string_view b) {
-  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return Lower(x) == Lower(y); });
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Lower(x) == Lower(y); });
 }
 
 bool NameLess::operator()(std::string_view a, std::string_view b) const {

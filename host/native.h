@@ -18,13 +18,11 @@ REALproc Proc(Result (*function)(Arguments...)) {
 // The flags of a member for every kind of host.
 constexpr uint32_t kMemberFlags = 4;
 
-inline REALproperty NativeProperty(const char* name, const char* type, REALproc getter,
-                                   REALproc setter = nullptr) {
+inline REALproperty NativeProperty(const char* name, const char* type, REALproc getter, REALproc setter = nullptr) {
   return {nullptr, name, type, kMemberFlags, getter, setter, 0, nullptr};
 }
 
-inline REALmethodDefinition NativeMethod(const char* declaration, REALproc handler,
-                                         REALproc setter = nullptr) {
+inline REALmethodDefinition NativeMethod(const char* declaration, REALproc handler, REALproc setter = nullptr) {
   return {handler, setter, declaration, kMemberFlags, 0, 0};
 }
 

@@ -27,9 +27,7 @@ Instance::Instance(const Class& own_class) : Object(own_class, HandleSize(*own_c
 
 Ref<Object> Instance::New(Heap& heap, const Class& own_class) { return heap.Make<Instance>(own_class); }
 
-size_t Instance::data_begin() const {
-  return static_cast<size_t>(object_class().definition->instance_offset);
-}
+size_t Instance::data_begin() const { return static_cast<size_t>(object_class().definition->instance_offset); }
 
 size_t Instance::data_end() const {
   return data_begin() + static_cast<size_t>(object_class().definition->instance_size);

@@ -13,8 +13,7 @@ class Object : public Counted {
  public:
   static constexpr const char* kKind = "object";
 
-  explicit Object(const Class& own_class, size_t handle_size = 16)
-      : Counted(handle_size), class_(own_class) {}
+  explicit Object(const Class& own_class, size_t handle_size = 16) : Counted(handle_size), class_(own_class) {}
 
   const char* kind() const override { return kKind; }
   const std::string& type_name() const override { return class_.name; }

@@ -30,19 +30,17 @@ bool AccessProperty(const void* handle, const char* name, Type::Kind type, Acces
 }
 
 bool SetPropertyOfKind(const void* handle, const char* name, Type::Kind type, const Value& value) {
-  return AccessProperty(handle, name, type,
-                        [&](Host& host, const Ref<Object>& object, const Property& property) {
-                          SetProperty(host, object, property, value);
-                        });
+  return AccessProperty(handle, name, type, [&](Host& host, const Ref<Object>& object, const Property& property) {
+    SetProperty(host, object, property, value);
+  });
 }
 
 template <class T, class Out>
 bool GetPropertyOfKind(const void* handle, const char* name, Type::Kind type, Out* out) {
   return out != nullptr &&
-         AccessProperty(handle, name, type,
-                        [&](Host& host, const Ref<Object>& object, const Property& property) {
-                          *out = static_cast<Out>(std::get<T>(GetProperty(host, object, property)));
-                        });
+         AccessProperty(handle, name, type, [&](Host& host, const Ref<Object>& object, const Property& property) {
+           *out = static_cast<Out>(std::get<T>(GetProperty(host, object, property)));
+         });
 }
 
 extern "C" {
@@ -50,7 +48,7 @@ extern "C" {
 REALobjectStruct* PluginNewInstance(const char* class_name) {
   HostCall call("PluginNewInstance", class_name);
   Host& host = Host::Current();
-  if (class_name == nullptr || host.IsWithheld(class_name)) return nullptr;
+  if (call.fails() || class_name == nullptr || host.IsWithheld(class_name)) return nullptr;
   const Class* wanted = host.FindClass(class_name);
   if (wanted == nullptr || wanted->maker == nullptr) return nullptr;
   return call.HandOut<REALobjectStruct>(wanted->maker(host.heap(), *wanted));
@@ -90,23 +88,23 @@ REALproc REALLoadGlobalMethod(const char* module_name, const char* declaration) 
 
 int8_t REALGetPropValueInteger(REALobjectStruct* object, const char* name, int64_t* value) {
   HostCall call("REALGetPropValueInteger", object, name);
-  return call.Result(GetPropertyOfKind<int64_t>(object, name, Type::Kind::kInteger, value) ? 1 : 0) != 0;
+  return call.Result<int8_t>(GetPropertyOfKind<int64_t>(object, name, Type::Kind::kInteger, value));
 }
 
 int8_t REALGetPropValueBool(REALobjectStruct* object, const char* name, int8_t* value) {
   HostCall call("REALGetPropValueBool", object, name);
-  return call.Result(GetPropertyOfKind<bool>(object, name, Type::Kind::kBoolean, value) ? 1 : 0) != 0;
+  return call.Result<int8_t>(GetPropertyOfKind<bool>(object, name, Type::Kind::kBoolean, value));
 }
 
 int8_t REALSetPropValueString(REALobjectStruct* object, const char* name, REALstringStruct* value) {
   HostCall call("REALSetPropValueString", object, name, value);
   const Value text = HandleValue(Ref<String>(Find<String>(value)));
-  return call.Result(SetPropertyOfKind(object, name, Type::Kind::kString, text) ? 1 : 0) != 0;
+  return call.Result<int8_t>(SetPropertyOfKind(object, name, Type::Kind::kString, text));
 }
 
 int8_t REALSetPropValueInteger(REALobjectStruct* object, const char* name, int64_t value) {
   HostCall call("REALSetPropValueInteger", object, name, value);
-  return call.Result(SetPropertyOfKind(object, name, Type::Kind::kInteger, value) ? 1 : 0) != 0;
+  return call.Result<int8_t>(SetPropertyOfKind(object, name, Type::Kind::kInteger, value));
 }
 
 // Class references are not counted: classes stay for good.

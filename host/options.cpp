@@ -17,6 +17,7 @@ Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a promp
   --plugin FILE            the plugin to load (default: gif_plugin.so beside this program)
   --host-version V         the version that the host says it is (default 2019.01; "none": it does not tell)
   --without NAME           hide a host function, a host class or a host's declared method from the plugin; repeatable
+                           (without a function that counts references or locks they are not checked)
   --largest-block BYTES    the largest MemoryBlock that can be made
   --trace                  each host call and each handler call on standard error, one line each
 
@@ -41,7 +42,7 @@ template <class Number>
 Number ToNumber(const std::string& option, const std::string& text, Number least, Number most) {
   Number number{};
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size() || number < least || number > most) {
+  if (error != std::errc() || end != text.data() + text.size() || !(number >= least && number <= most)) {
     Reject(Text(option, " needs a number from ", least, " to ", most, ", not \"", text, "\""));
   }
   return number;
@@ -69,23 +70,18 @@ const std::map<std::string, Setter>& OptionsWithValue() {
            Reject("--pictures is console or desktop, not \"" + value + "\"");
          to.host.pictures = value == "desktop" ? PictureKind::kDesktop : PictureKind::kConsole;
        }},
-      {"--application",
-       [](auto& to, auto&, auto& value) { to.host.application = value == "none" ? "" : value; }},
-      {"--picture-type",
-       [](auto& to, auto& option, auto& value) {
-         to.host.picture_type = ToNumber<int64_t>(option, value, 0, INT32_MAX);
-       }},
-      {"--alpha-info", [](auto& to, auto& option,
-                          auto& value) { to.host.alpha_info = ToNumber<uint32_t>(option, value, 0, 7); }},
+      {"--application", [](auto& to, auto&, auto& value) { to.host.application = value == "none" ? "" : value; }},
+      {"--picture-type", [](auto& to, auto& option,
+                            auto& value) { to.host.picture_type = ToNumber<int64_t>(option, value, 0, INT32_MAX); }},
+      {"--alpha-info",
+       [](auto& to, auto& option, auto& value) { to.host.alpha_info = ToNumber<uint32_t>(option, value, 0, 7); }},
       {"--bits-per-pixel",
        [](auto& to, auto&, auto& value) {
          if (value != "24" && value != "32") Reject("--bits-per-pixel is 24 or 32, not \"" + value + "\"");
          to.host.bits_per_pixel = value == "24" ? 24 : 32;
        }},
-      {"--row-padding",
-       [](auto& to, auto& option, auto& value) {
-         to.host.row_padding = ToNumber<size_t>(option, value, 0, 1u << 20);
-       }},
+      {"--row-padding", [](auto& to, auto& option,
+                           auto& value) { to.host.row_padding = ToNumber<size_t>(option, value, 0, 1u << 20); }},
   };
   return options;
 }

@@ -12,8 +12,8 @@ enum class PictureKind { kConsole, kDesktop };  // libgd images; bitmap contexts
 // What kind of host to be. The defaults are a current console host that has everything.
 struct HostOptions {
   std::optional<double> version = 2019.01;  // none: the host does not tell
-  std::vector<std::string> without;   // functions, declared methods and classes that the plugin can't get
-  int64_t largest_block = INT64_MAX;  // bytes; a larger MemoryBlock cannot be made
+  std::vector<std::string> without;         // functions, declared methods and classes that the plugin can't get
+  int64_t largest_block = INT64_MAX;        // bytes; a larger MemoryBlock cannot be made
   bool trace = false;
 
   PictureKind pictures = PictureKind::kConsole;

@@ -1,9 +1,64 @@
-#include "host/native.h"
+#include "host/picture.h"
+
+#include "host/host.h"
+#include "host/text.h"
 
 namespace host {
 
-void AddPictureClasses(Host& host) { host.AddClass("Picture", nullptr); }
+bool Picture::Create(int64_t width, int64_t height) {
+  constexpr int64_t kLongestSide = 32767;
+  if (width < 1 || width > kLongestSide || height < 1 || height > kLongestSide || locks_ > 0) return false;
+  auto made = MakePixels(Host::Current().options(), static_cast<int>(width), static_cast<int>(height));
+  if (!made) return false;
+  pixels_ = std::move(made);
+  width_ = static_cast<int>(width);
+  height_ = static_cast<int>(height);
+  return true;
+}
 
-void AddApplicationClasses(Host& host) { host.AddClass("ConsoleApplication", nullptr); }
+const Ref<Picture>& Picture::MakeMask() {
+  if (!mask_) mask_ = NewPicture(width_, height_);
+  return mask_;
+}
+
+bool Picture::SetMask(Ref<Picture> mask) {
+  if (mask && (mask->mask_ || mask.get() == this)) return false;
+  mask_ = std::move(mask);
+  return true;
+}
+
+uint32_t Picture::TransparencyAt(int x, int y) const {
+  return mask_ && mask_->Contains(x, y) ? mask_->pixels().Get(x, y) & 0xFF : 0;
+}
+
+bool Picture::LockDescription(uint32_t kind, REALpictureDescription& description) {
+  if (!pixels_ || kind != pixels_->description_kind()) return false;
+  ++locks_;
+  description = {kind, pixels_->platform_object(), width_, height_, {}};
+  return true;
+}
+
+void Picture::UnlockDescription() {
+  if (locks_ == 0) Fault(Text("the description of ", Describe(), " is not locked"));
+  --locks_;
+  if (!pixels_->IsIntact()) Fault(Text("something was written behind a row of ", Describe()));
+}
+
+void Picture::BeforeDeath() {
+  if (locks_ > 0) Fault(Text(Describe(), " dies while its description is locked (", locks_, " times)"));
+}
+
+Ref<Picture> NewPicture(int64_t width, int64_t height) {
+  Host& host = Host::Current();
+  Ref<Picture> made = host.heap().Make<Picture>(host.RequireClass("Picture"));
+  return made->Create(width, height) ? made : Ref<Picture>();
+}
+
+Ref<Graphics> NewGraphics(Ref<Picture> picture) {
+  Host& host = Host::Current();
+  Ref<Graphics> made = host.heap().Make<Graphics>(host.RequireClass("Graphics"));
+  made->picture = std::move(picture);
+  return made;
+}
 
 }  // namespace host

@@ -28,6 +28,16 @@ void AddDefinedMembers(Class& to, const REALclassDefinition& definition) {
   ForEach(definition.methods2, definition.method_count2, add_method);
 }
 
+// Runs a registration; a record that cannot be understood is a fault.
+template <class Register>
+void Understand(Register run) {
+  try {
+    run();
+  } catch (const std::exception& error) {
+    Fault(error.what());
+  }
+}
+
 // A global method, or an extension method where its declaration says so.
 void AddFreeMethod(Host& host, const REALmethodDefinition& record) {
   auto method = std::make_unique<Method>(record, "", false);
@@ -59,14 +69,14 @@ void PluginRegisterClass(REALclassDefinition* definition) {
   Class& registered = host.AddClass(definition->name, Instance::New);
   registered.definition = definition;
   definition->instance_offset = InstanceOffset(host.NextClassNumber());
-  AddDefinedMembers(registered, *definition);
+  Understand([&] { AddDefinedMembers(registered, *definition); });
 }
 
 void PluginRegisterClassExtension(REALclassDefinition* definition) {
   HostCall call("PluginRegisterClassExtension", definition->name);
   Class* extended = Host::Current().FindClass(definition->name);
   if (extended == nullptr) Fault(Text("an unknown class, ", definition->name, ", is extended"));
-  AddDefinedMembers(*extended, *definition);
+  Understand([&] { AddDefinedMembers(*extended, *definition); });
 }
 
 void PluginRegisterModule(REALmoduleDefinition* definition) {
@@ -75,14 +85,14 @@ void PluginRegisterModule(REALmoduleDefinition* definition) {
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
     module.declarations.emplace_back(record.declaration);
-    if ((record.flags & kGlobalMethodFlag) != 0) AddFreeMethod(host, record);
+    if ((record.flags & kGlobalMethodFlag) != 0) Understand([&] { AddFreeMethod(host, record); });
   });
   host.modules().push_back(std::move(module));
 }
 
 void PluginRegisterMethod(REALmethodDefinition* definition) {
   HostCall call("PluginRegisterMethod", definition->declaration);
-  AddFreeMethod(Host::Current(), *definition);
+  Understand([&] { AddFreeMethod(Host::Current(), *definition); });
 }
 
 }  // extern "C"

@@ -8,8 +8,8 @@ namespace host {
 REALproc FindHostFunction(const char* name) {
   static const auto functions = [] {
     std::map<std::string_view, REALproc> by_name;
-    for (const auto& group : {RegistrationFunctions(), ObjectFunctions(), StringFunctions(),
-                              MemoryBlockFunctions(), FileFunctions(), PictureFunctions()}) {
+    for (const auto& group : {RegistrationFunctions(), ObjectFunctions(), StringFunctions(), MemoryBlockFunctions(),
+                              FileFunctions(), PictureFunctions()}) {
       for (const HostFunction& function : group) by_name.emplace(function.name, function.function);
     }
     return by_name;

@@ -67,6 +67,7 @@ bool Script::Run(int load_status) {
   const int handler = lua_gettop(lua_) - 1;
   int status = load_status;
   if (status == LUA_OK) {
+    luaL_checkstack(lua_, static_cast<int>(arguments_.size()), "too many arguments");
     for (const std::string& argument : arguments_) PushString(lua_, argument);
     status = lua_pcall(lua_, static_cast<int>(arguments_.size()), 0, handler);
   }

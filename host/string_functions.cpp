@@ -33,11 +33,13 @@ const char* StringGetCString(REALstringStruct* string) {
 
 REALstringStruct* REALBuildString(const char* bytes, int32_t length) {
   HostCall call("REALBuildString", Bytes{bytes, length}, length);
+  if (call.fails()) return nullptr;
   return call.HandOut<REALstringStruct>(MakeString(bytes, length, kEncodingUnknown));
 }
 
 REALstringStruct* REALBuildStringWithEncoding(const char* bytes, int32_t length, uint32_t encoding) {
   HostCall call("REALBuildStringWithEncoding", Bytes{bytes, length}, length, encoding);
+  if (call.fails()) return nullptr;
   return call.HandOut<REALstringStruct>(MakeString(bytes, length, encoding));
 }
 
@@ -49,9 +51,9 @@ void REALSetStringEncoding(REALstringStruct* string, uint32_t encoding) {
 REALstringStruct* REALConvertString(REALstringStruct* string, uint32_t encoding) {
   HostCall call("REALConvertString", string, encoding);
   const String* text = Find<String>(string);
-  if (text == nullptr) return nullptr;
-  return call.HandOut<REALstringStruct>(Host::Current().heap().Make<String>(
-      ConvertEncoding(text->bytes(), text->encoding(), encoding), encoding));
+  if (call.fails() || text == nullptr) return nullptr;
+  return call.HandOut<REALstringStruct>(
+      Host::Current().heap().Make<String>(ConvertEncoding(text->bytes(), text->encoding(), encoding), encoding));
 }
 
 }  // extern "C"

@@ -106,7 +106,7 @@ StringContents::StringContents(REALstringStruct* string) : string_(StringRef::Sh
   if (!bytes_ || length_ < 0) length_ = 0;
 }
 
-static REALstringStruct* ConvertToUtf8(StringRef text) {
+static REALstringStruct* ConvertToUtf8(const StringRef& text) {
   return text ? REALConvertString(text.get(), kEncodingUtf8) : nullptr;
 }
 
@@ -117,7 +117,7 @@ REALstringStruct* REALBuildUnicodeStringUTF16(const char* bytes, int64_t byte_le
   }
   auto text = StringRef::Adopt(REALBuildString(bytes, length));
   if (text) REALSetStringEncoding(text.get(), kEncodingUtf16);
-  return ConvertToUtf8(std::move(text));
+  return ConvertToUtf8(text);
 }
 
 static REALstringStruct* BuildFromUtf32(const char* bytes, int64_t length) {

@@ -162,8 +162,8 @@ static void RegisterExtensionAsModule(const REALclassDefinition& extension) {
   for (int64_t i = 0; i < extension.method_count; ++i) {
     const REALmethodDefinition& source = extension.methods[i];
     // Giving up leaves what was made so far: it happens once in a process at most.
-    if (source.setter && !EmitSetter(next, source, extension.name)) return;
-    if (source.handler && !EmitMethod(next, source, extension.name)) return;
+    if (source.setter && !EmitSetter(next, source, extension.name)) return;   // NOLINT(*unix.Malloc)
+    if (source.handler && !EmitMethod(next, source, extension.name)) return;  // NOLINT(*unix.Malloc)
   }
   RegisterModule(module, name);
 }

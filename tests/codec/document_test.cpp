@@ -25,8 +25,8 @@ TEST(Document, NewIsEmptyAndNeedsThreeRecords) {
   EXPECT_EQ(std::string(gif->header, 8), std::string("GIF87a\0\0", 8));
   const GifScreen* screen = gif->screen;
   for (const int32_t field :
-       {screen->width, screen->height, screen->has_cmap, screen->color_res, screen->sorted,
-        screen->cmap_depth, screen->bgcolour, screen->aspect, screen->cmap->count, gif->count}) {
+       {screen->width, screen->height, screen->has_cmap, screen->color_res, screen->sorted, screen->cmap_depth,
+        screen->bgcolour, screen->aspect, screen->cmap->count, gif->count}) {
     EXPECT_EQ(field, 0);
   }
   EXPECT_EQ(screen->cmap->colours, nullptr);

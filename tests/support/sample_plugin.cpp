@@ -69,7 +69,7 @@ void SetCell(REALobjectStruct* self, int64_t index, int64_t value) {
 
 REALobjectStruct* MakeBag(REALobjectStruct*, int64_t width) {
   auto* made = Call<REALobjectStruct*>("PluginNewInstance", "Bag");
-  Data(made).width = width;
+  if (made != nullptr) Data(made).width = width;
   return made;
 }
 
@@ -100,6 +100,9 @@ void Break(REALobjectStruct* self, int64_t rule) {
   Call<void>("REALUnlockObject", made);
 }
 
+// Returns its argument without a reference of its own.
+REALobjectStruct* GiveBorrowed(REALobjectStruct*, REALobjectStruct* bag) { return bag; }
+
 REALproperty properties[] = {
     {nullptr, "Width", "Integer", 4, Proc(GetWidth), Proc(SetWidth), 0, nullptr},
     {nullptr, "Item", "Bag", 4, Proc(GetItem), Proc(SetItem), 0, nullptr},
@@ -110,11 +113,11 @@ REALmethodDefinition methods[] = {
     {Proc(GetCell), Proc(SetCell), "Cell(index as integer) as integer", 4, 0, 0},
     {Proc(MakeBag), nullptr, "Element(index as integer) as Bag", 4, 0, 0},
     {Proc(Break), nullptr, "Break(rule as integer)", 4, 0, 0},
+    {Proc(GiveBorrowed), nullptr, "GiveBorrowed(bag as Bag) as Bag", 4, 0, 0},
 };
 
-REALclassDefinition bag_class = {13,         "Bag", nullptr, sizeof(Bag), 0, nullptr, Proc(Destroy),
-                                 properties, 3,     methods, 3,           4, nullptr, 0,
-                                 nullptr,    0};
+REALclassDefinition bag_class = {13, "Bag",   nullptr, sizeof(Bag), 0,       nullptr, Proc(Destroy), properties,
+                                 3,  methods, 4,       4,           nullptr, 0,       nullptr,       0};
 
 REALobjectStruct* MakeWide(int64_t width) { return MakeBag(nullptr, width); }
 REALmethodDefinition make_wide = {Proc(MakeWide), nullptr, "WideBag(width as integer = 80) as Bag", 4, 0, 0};

@@ -1,0 +1,128 @@
+// The shared library as a host meets it: what it registers, record by record, on hosts of every version.
+
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "plugin/host_records.h"
+
+// What was registered, as text; the host version that the resolver tells (below 0: none).
+static std::string text;
+static double host_version;
+
+static void Say(const std::string& line) { text += line + "\n"; }
+
+static std::string Flags(uint32_t flags) { return " flags " + std::to_string(flags); }
+
+static void SayMethod(const REALmethodDefinition& m) {
+  Say(std::string("  ") + m.declaration + Flags(m.flags) + (m.handler ? "" : " NO HANDLER") +
+      (m.setter ? " assignable" : "") + (m.reserved_first || m.reserved_last ? " RESERVED SET" : ""));
+}
+
+static void SayClass(const std::string& what, const REALclassDefinition& c) {
+  const bool extra =
+      c.superclass || c.constructor || c.properties2 || c.property_count2 || c.methods2 || c.method_count2;
+  Say(what + " " + c.name + " version " + std::to_string(c.version) + " size " + std::to_string(c.instance_size) +
+      Flags(c.flags) + (c.destructor ? " destructor" : "") + (extra ? " EXTRA FIELDS SET" : ""));
+  for (int64_t i = 0; i < c.property_count; ++i) {
+    const REALproperty& p = c.properties[i];
+    Say(std::string("  ") + p.name + " as " + p.type + Flags(p.flags) + (p.getter ? "" : " NO GETTER") +
+        (p.setter ? " writable" : "") + (p.reserved_first || p.reserved_last || p.parameter ? " RESERVED SET" : ""));
+  }
+  for (int64_t i = 0; i < c.method_count; ++i) SayMethod(c.methods[i]);
+}
+
+static double GetVersion() { return host_version; }
+static void RegisterVersion(int32_t version) { Say("control version " + std::to_string(version)); }
+static void RegisterClass(REALclassDefinition* c) { SayClass("class", *c); }
+static void RegisterExtension(REALclassDefinition* c) { SayClass("extension", *c); }
+static void RegisterModule(REALmoduleDefinition* m) {
+  Say(std::string("module ") + m->name + " version " + std::to_string(m->version));
+  for (int64_t i = 0; i < m->method_count; ++i) SayMethod(m->methods[i]);
+}
+static void RegisterMethod(REALmethodDefinition* m) {
+  Say("method");
+  SayMethod(*m);
+}
+
+static void* Resolve(const char* name) {
+  const std::string asked = name;
+  if (asked == "REALGetRBVersion") return host_version < 0 ? nullptr : reinterpret_cast<void*>(GetVersion);
+  if (asked == "RegisterPluginVersion") return host_version < 0 ? nullptr : reinterpret_cast<void*>(RegisterVersion);
+  if (asked == "PluginRegisterClass") return reinterpret_cast<void*>(RegisterClass);
+  if (asked == "PluginRegisterClassExtension") return reinterpret_cast<void*>(RegisterExtension);
+  if (asked == "PluginRegisterModule") return reinterpret_cast<void*>(RegisterModule);
+  if (asked == "PluginRegisterMethod") return reinterpret_cast<void*>(RegisterMethod);
+  return nullptr;
+}
+
+static void* ResolveNothing(const char*) { return nullptr; }
+
+// Loads the plugin in a process of its own, since a process loads it once, and gives back what it registered.
+static std::string RegisteredWith(double version, REALresolver resolver) {
+  int ends[2];
+  if (pipe(ends) != 0) return "no pipe";
+  const pid_t child = fork();
+  if (child == 0) {
+    host_version = version;
+    void* library = dlopen(GIF_PLUGIN_FILE, RTLD_NOW | RTLD_LOCAL);
+    auto* entry = library ? reinterpret_cast<void (*)(REALresolver)>(dlsym(library, "REALPluginMain")) : nullptr;
+    if (entry) entry(resolver);
+    Say(entry ? "done" : dlerror());
+    const bool written = write(ends[1], text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    _exit(written ? 0 : 1);
+  }
+  close(ends[1]);
+  std::string got;
+  char buffer[4096];
+  for (ssize_t n; (n = read(ends[0], buffer, sizeof buffer)) > 0;) got.append(buffer, static_cast<size_t>(n));
+  close(ends[0]);
+  int status = 0;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0 ? got : "died: " + got;
+}
+
+static void ReplaceAll(std::string& in, const std::string& from, const std::string& to) {
+  for (size_t at = 0; (at = in.find(from, at)) != std::string::npos; at += to.size()) in.replace(at, from.size(), to);
+}
+
+// tests/plugin/registered.txt, with its marks (@V, @F, @P, @M) filled in, and the records of the other way of
+// registration left out, for a host version.
+static std::string Expected(double version) {
+  const std::string control = version >= 2013.04   ? "13"
+                              : version >= 2013.03 ? "12"
+                              : version >= 2013.0  ? "11"
+                              : version >= 2012.0  ? "10"
+                                                   : "9";
+  std::stringstream file;
+  file << std::ifstream(GIF_TESTS_FOLDER "/plugin/registered.txt").rdbuf();
+  std::string all = file.str();
+  const size_t as_module = all.find("module Folderitem"), one_by_one = all.find("extension Folderitem");
+  if (version >= 2013.0 && version < 3000.0) {
+    all.erase(one_by_one);
+  } else {
+    all.erase(as_module, one_by_one - as_module);
+  }
+  ReplaceAll(all, "@V", "version " + control);
+  ReplaceAll(all, "@P", version >= 2010.029 ? "flags 4" : "flags 0");
+  ReplaceAll(all, "@F", "flags 4");
+  ReplaceAll(all, "@M", "flags 20");
+  return (version < 0 ? "" : "control version " + control + "\n") + all + "done\n";
+}
+
+TEST(WholePlugin, RegistersTheSameTablesOnEveryHost) {
+  for (const double version :
+       {-1.0, 2010.02, 2010.029, 2011.0, 2012.0, 2013.0, 2013.03, 2013.04, 2019.01, 2999.9, 3000.0}) {
+    EXPECT_EQ(RegisteredWith(version, Resolve), Expected(version)) << version;
+  }
+}
+
+TEST(WholePlugin, ComesUpOnAHostThatHasNothing) {
+  EXPECT_EQ(RegisteredWith(0, ResolveNothing), "done\n");
+  EXPECT_EQ(RegisteredWith(0, nullptr), "done\n");
+}
