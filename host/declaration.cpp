@@ -84,7 +84,7 @@ class Parser {
   }
 
   std::string Word(const char* wanted) {
-    const std::string word(PeekWord());
+    std::string word(PeekWord());
     if (word.empty()) Fail(wanted);
     position_ += word.size();
     return word;

@@ -37,7 +37,7 @@ using Converter = std::unique_ptr<std::remove_pointer_t<iconv_t>, CloseConverter
 template <class Replace>
 bool Convert(std::string_view bytes, const Encoding& from, const Encoding& to, std::string& out, Replace replace) {
   const iconv_t opened = iconv_open(to.iconv_name, from.iconv_name);
-  if (opened == reinterpret_cast<iconv_t>(-1)) return false;
+  if (reinterpret_cast<intptr_t>(opened) == -1) return false;
   const Converter converter(opened);
   std::string copy(bytes);
   char* in = copy.data();

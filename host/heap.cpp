@@ -21,6 +21,12 @@ Memory AllocateZeroed(size_t size) {
   return memory;
 }
 
+// What is still alive at the end may refer to each other and to a plugin that is gone: it stays as it is, for good.
+std::unordered_map<const void*, std::unique_ptr<Counted>>& AbandonedThings() {
+  static auto& things = *new std::unordered_map<const void*, std::unique_ptr<Counted>>;
+  return things;
+}
+
 }  // namespace
 
 Counted::Counted(size_t handle_size) : memory_(AllocateZeroed(handle_size)), handle_size_(handle_size) {}
@@ -35,9 +41,7 @@ std::string Heap::Dead::Describe() const { return Text(kind, " ", *type_name, "#
 
 Heap::~Heap() {
   while (!graves_.empty()) Exhume();
-  // What is still alive may refer to each other and to a plugin that is gone: it stays as it is, for good.
-  static auto& abandoned = *new std::vector<std::unique_ptr<Counted>>;
-  for (auto& [handle, thing] : live_) abandoned.push_back(std::move(thing));
+  AbandonedThings().merge(live_);
 }
 
 void Heap::Admit(std::unique_ptr<Counted> thing) {
@@ -133,6 +137,7 @@ std::vector<Heap::LiveCount> Heap::Live() const {
     count.plugin_references += thing->plugin_references_;
   }
   std::vector<LiveCount> sorted;
+  sorted.reserve(counts.size());
   for (auto& [key, count] : counts) sorted.push_back(std::move(count));
   return sorted;
 }

@@ -152,7 +152,7 @@ Ref<String> Host::NewString(std::string_view bytes) {
 
 void* Host::Resolve(const char* name) {
   if (name == nullptr) return nullptr;
-  ++call_counts_[name].resolved;
+  ++call_count(name).resolved;
   const bool hides_version = SameName(name, "REALGetRBVersion") && !options_.version;
   const REALproc function = hides_version || IsWithheld(name) ? nullptr : FindHostFunction(name);
   if (IsTracing()) {
@@ -160,6 +160,11 @@ void* Host::Resolve(const char* name) {
     TraceLeave(function == nullptr ? "nil" : "");
   }
   return reinterpret_cast<void*>(function);
+}
+
+Host::CallCount& Host::call_count(std::string_view function) {
+  const auto found = call_counts_.find(function);
+  return found != call_counts_.end() ? found->second : call_counts_[std::string(function)];
 }
 
 bool Host::IsWithheld(std::string_view name) const {

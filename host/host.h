@@ -48,7 +48,6 @@ struct Module {
 
 class Host {
  public:
-  // Throws std::invalid_argument for options that cannot be met.
   explicit Host(HostOptions options = {});
   ~Host();
   Host(const Host&) = delete;
@@ -56,7 +55,8 @@ class Host {
   static Host& Current();
 
   // Loads the shared library and lets it register. Throws std::runtime_error when that is not possible or
-  // when what it registers cannot be understood.
+  // when what it registers cannot be understood, std::invalid_argument when there is nothing that an option could
+  // hide from it.
   void LoadPlugin(const std::string& path);
   // The same for a plugin that is linked in.
   void StartPlugin(void (*plugin_main)(REALresolver));
@@ -93,7 +93,7 @@ class Host {
     int64_t called = 0;
     int64_t failing_call = 0;  // the call, counted from 1, that finds nothing and makes nothing; 0: none
   };
-  std::map<std::string, CallCount, std::less<>>& call_counts() { return call_counts_; }
+  CallCount& call_count(std::string_view function);
 
   Heap& heap() { return heap_; }
   const HostOptions& options() const { return options_; }

@@ -9,7 +9,7 @@ std::string ShowHandle(const void* handle) {
 }
 
 bool HostCall::CountCall(const char* name) {
-  Host::CallCount& count = Host::Current().call_counts()[name];
+  Host::CallCount& count = Host::Current().call_count(name);
   return ++count.called == count.failing_call;
 }
 

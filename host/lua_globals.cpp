@@ -11,7 +11,13 @@ namespace {
 
 constexpr const char* kMetatable = "host.class";
 
-const Class& CheckClass(lua_State* lua) { return **static_cast<const Class**>(luaL_checkudata(lua, 1, kMetatable)); }
+struct ClassValue {
+  const Class* known;
+};
+
+const Class& CheckClass(lua_State* lua) {
+  return *static_cast<ClassValue*>(luaL_checkudata(lua, 1, kMetatable))->known;
+}
 
 int New(lua_State* lua) {
   const Class& wanted = CheckClass(lua);
@@ -25,7 +31,7 @@ int ClassToText(lua_State* lua) {
 }
 
 void PushClass(lua_State* lua, const Class& wanted) {
-  *static_cast<const Class**>(lua_newuserdatauv(lua, sizeof(const Class*), 0)) = &wanted;
+  static_cast<ClassValue*>(lua_newuserdatauv(lua, sizeof(ClassValue), 0))->known = &wanted;
   if (luaL_newmetatable(lua, kMetatable) != 0) {
     const luaL_Reg functions[] = {{"__call", Guarded<New>}, {"__tostring", Guarded<ClassToText>}, {nullptr, nullptr}};
     luaL_setfuncs(lua, functions, 0);

@@ -117,17 +117,17 @@ int Live(lua_State* lua) {
   return 1;
 }
 
+// host.calls(name): how often that host function was called, and how often it was asked for by name.
 int Calls(lua_State* lua) {
-  const auto& counts = Host::Current().call_counts();
-  const auto found = counts.find(luaL_checkstring(lua, 1));
-  lua_pushinteger(lua, found == counts.end() ? 0 : found->second.called);
-  lua_pushinteger(lua, found == counts.end() ? 0 : found->second.resolved);
+  const Host::CallCount& count = Host::Current().call_count(luaL_checkstring(lua, 1));
+  lua_pushinteger(lua, count.called);
+  lua_pushinteger(lua, count.resolved);
   return 2;
 }
 
 // host.fail(name [, n]): the n-th call of that host function from now on fails, once.
 int Fail(lua_State* lua) {
-  Host::CallCount& count = Host::Current().call_counts()[luaL_checkstring(lua, 1)];
+  Host::CallCount& count = Host::Current().call_count(luaL_checkstring(lua, 1));
   count.failing_call = count.called + luaL_optinteger(lua, 2, 1);
   return 0;
 }

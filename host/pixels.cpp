@@ -39,7 +39,7 @@ class BitmapPixels : public Pixels {
       : context_{nullptr, static_cast<size_t>(width), static_cast<size_t>(height),
                  0,       options.bits_per_pixel,     options.alpha_info},
         padding_(options.row_padding) {
-    context_.bytes_per_row = context_.width * pixel_size() + padding_;
+    context_.bytes_per_row = context_.width * BitmapPixels::pixel_size() + padding_;
     bytes_.resize(context_.bytes_per_row * context_.height);
     context_.data = bytes_.data();
     for (size_t y = 0; y < context_.height; ++y) std::fill_n(PaddingOf(y), padding_, kPaddingByte);
