@@ -1,5 +1,7 @@
 // The host functions by which a plugin registers what scripts see.
 
+#include <vector>
+
 #include "host/host_call.h"
 #include "host/native.h"
 #include "host/resolver.h"
@@ -81,6 +83,9 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 
 void PluginRegisterModule(REALmoduleDefinition* definition) {
   HostCall call("PluginRegisterModule", definition->name);
+  // The record and what it names are the host's from now on, for the life of the process.
+  static auto& kept = *new std::vector<REALmoduleDefinition*>;
+  kept.push_back(definition);
   Host& host = Host::Current();
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
