@@ -26,29 +26,38 @@ end
 local kScreenNames = { "Width", "Height", "ColorResolution", "BackgroundColor", "Aspect", "HasPalette", "Sorted" }
 local kImageNames = { "Left", "Top", "Width", "Height", "Interlace", "HasPalette", "Sorted" }
 
--- The document as texts: the screen, then a text for each block.
+-- Whether saving can keep these pixels: its codes are as wide as the colour table is deep.
+local function fit(pixels, owner_of_table)
+  local depth = math.max(2, owner_of_table.PaletteDepth)
+  return depth >= 8 or not pixels:find(("[%c-\255]"):format(1 << depth))
+end
+
+-- The document as texts: the screen, then one for each block; the pixels of each image, by block; and the numbers of
+-- the images that saving can't keep.
 local function walk(gif, all)
-  local texts = { [0] = gif.Header .. " " .. values_of(gif.Screen, kScreenNames) }
+  local screen, pixels, unfit = gif.Screen, {}, {}
+  local texts = { [0] = gif.Header .. " " .. values_of(screen, kScreenNames) }
   for i, block in ipairs(all) do
     local image, extension = block.image, block.extension
     if image then
-      texts[i] = values_of(image, kImageNames) .. tostring(image.Data or "")
+      texts[i], pixels[i] = values_of(image, kImageNames), tostring(image.Data or "")
+      if not fit(pixels[i], image.HasPalette and image or screen) then unfit[i] = true end
     elseif extension then
       texts[i] = extension.label .. table.concat(extension.sub_blocks, "|")
     else
       texts[i] = tostring(block.introducer)
     end
   end
-  return texts
+  return texts, pixels, unfit
 end
 
-local function require_same(texts, gif, what)
-  local others = walk(gif, blocks.read(gif))
-  if #others ~= #texts then
-    command.fail(("%s holds %s in place of %d"):format(what, text.count(#others, "block"), #texts))
+local function require_same(gif, what, texts, pixels, unfit)
+  local other_texts, other_pixels = walk(gif, blocks.read(gif))
+  if #other_texts ~= #texts then
+    command.fail(("%s holds %s in place of %d"):format(what, text.count(#other_texts, "block"), #texts))
   end
   for i = 0, #texts do
-    if others[i] ~= texts[i] then
+    if other_texts[i] ~= texts[i] or other_pixels[i] ~= pixels[i] and not unfit[i] then
       command.fail(("%s differs in %s"):format(what, i == 0 and "its screen" or "block " .. i - 1))
     end
   end
@@ -76,17 +85,20 @@ local function check_file(path)
   local gif, why = files.open_gif(path)
   if not gif then command.fail(why) end
   local all = blocks.read(gif)
-  local texts, not_shown = walk(gif, all), render(all)
+  local texts, pixels, unfit = walk(gif, all)
+  local not_shown = render(all)
 
   local copy = os.tmpname()
   local remove <close> = setmetatable({}, { __close = function() os.remove(copy) end })
-  require_same(texts, saved(gif, copy, "the saved file"), "the saved file")
-  require_same(texts, saved(gif:Clone(), copy, "the clone"), "the saved clone")
+  require_same(saved(gif, copy, "the document"), "the saved document", texts, pixels, unfit)
+  require_same(saved(gif:Clone(), copy, "the clone"), "the saved clone", texts, pixels, unfit)
 
-  local sums = blocks.sums(all)
+  local sums, not_kept = blocks.sums(all), 0
+  for _ in pairs(unfit) do not_kept = not_kept + 1 end
   print(text.list {
     text.count(sums.images, "image"), text.count(sums.extensions, "extension"), text.count(sums.pixels, "pixel"),
-    not_shown > 0 and text.count(not_shown, "image") .. " without pixels or colours" or "" })
+    not_shown > 0 and text.count(not_shown, "image") .. " without pixels or colours" or "",
+    not_kept > 0 and text.count(not_kept, "image") .. " with pixels beyond the colours, which saving can't keep" or "" })
 end
 
 -- --- Many files, a process for each ------------------------------------------------------------------------------------
@@ -106,11 +118,13 @@ local function find_files(paths)
   return found, folders
 end
 
-local function failure(output, kind, status, seconds)
+-- What to say of a file whose process failed; its own message begins with the names of the script and the file.
+local function failure(path, output, kind, status, seconds)
   if kind == "signal" then return "stopped by signal " .. status end
   if status == kTimedOut then return ("not done after %s"):format(text.count(seconds, "second")) end
-  local line = output:match("[^\n]+") or "no output"
-  return line:gsub("^check.lua: ", "") .. (status == 1 and "" or (" (status %d)"):format(status))
+  local line = (output:match("[^\n]+") or "no output"):gsub("^check.lua: ", "")
+  if line:sub(1, #path + 2) == path .. ": " then line = line:sub(#path + 3) end
+  return line .. (status == 1 and "" or (" (status %d)"):format(status))
 end
 
 local function check_files(paths, jobs, seconds)
@@ -127,7 +141,7 @@ local function check_files(paths, jobs, seconds)
     progress.clear()
     print(("%-6s  %s: %s"):format(
       succeeded and "ok" or "FAILED", paths[i],
-      succeeded and output:gsub("\n$", "") or failure(output, kind, status, seconds)))
+      succeeded and output:gsub("\n$", "") or failure(paths[i], output, kind, status, seconds)))
     step()
   end)
   print(("%s, %d failed"):format(text.count(#paths, "file"), failed))
