@@ -63,14 +63,16 @@ end
 local function loops_text(loops) return loops == 0 and "loops forever" or "loops " .. text.count(loops, "time") end
 extensions.loops_text = loops_text
 
+-- What a graphic control, or a frame that it is about, says; with commas or what is given in place of them.
+function extensions.describe_control(of, separator)
+  return text.list({
+    "delay " .. text.seconds(of.delay_cs),
+    of.disposal > 0 and ("disposal %d (%s)"):format(of.disposal, kDisposals[of.disposal] or "unknown") or "",
+    of.transparent and "transparent " .. of.transparent or "",
+    of.waits_for_input and "waits for input" or "" }, separator)
+end
+
 local kDescriptions = {
-  ["graphic control"] = function(of)
-    return text.list {
-      "delay " .. text.seconds(of.delay_cs),
-      of.disposal > 0 and ("disposal %d (%s)"):format(of.disposal, kDisposals[of.disposal] or "unknown") or "",
-      of.transparent and "transparent " .. of.transparent or "",
-      of.waits_for_input and "waits for input" or "" }
-  end,
   ["comment"] = function(of) return text.quoted(of.text, kLongestText) end,
   ["plain text"] = function(of)
     return text.list {
@@ -91,8 +93,8 @@ function extensions.describe(of)
   local sizes = ("%s in %s"):format(text.count(of.bytes, "byte"), text.count(#of.sub_blocks, "sub-block"))
   if not of.kind then return sizes end
   if of.damaged then return "damaged, " .. sizes end
-  local described = kDescriptions[of.kind](of)
-  return of.kind == "graphic control" and described or text.list { described, sizes }
+  if of.kind == "graphic control" then return extensions.describe_control(of) end
+  return text.list { kDescriptions[of.kind](of), sizes }
 end
 
 return extensions
