@@ -1,5 +1,7 @@
 // The host functions by which a plugin registers what scripts see.
 
+#include <vector>
+
 #include "host/host_call.h"
 #include "host/native.h"
 #include "host/resolver.h"
@@ -50,6 +52,12 @@ void AddFreeMethod(Host& host, const REALmethodDefinition& record) {
   extended->members.Add(std::move(method));
 }
 
+// Module records are handed over for the life of the process, longer than host and plugin.
+void KeepForGood(REALmoduleDefinition* definition) {
+  static auto& kept = *new std::vector<REALmoduleDefinition*>;
+  kept.push_back(definition);
+}
+
 extern "C" {
 
 double REALGetRBVersion() {
@@ -82,6 +90,7 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 void PluginRegisterModule(REALmoduleDefinition* definition) {
   HostCall call("PluginRegisterModule", definition->name);
   Host& host = Host::Current();
+  KeepForGood(definition);
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
     module.declarations.emplace_back(record.declaration);
