@@ -52,10 +52,10 @@ void AddFreeMethod(Host& host, const REALmethodDefinition& record) {
   extended->members.Add(std::move(method));
 }
 
-// Module records are handed over for the life of the process, longer than host and plugin.
-void KeepForGood(REALmoduleDefinition* definition) {
-  static auto& kept = *new std::vector<REALmoduleDefinition*>;
-  kept.push_back(definition);
+// Definition records are the host's to keep as long as the process lives: leak checkers see that they have an owner.
+void KeepForGood(const void* record) {
+  static auto& kept = *new std::vector<const void*>;
+  kept.push_back(record);
 }
 
 extern "C" {
@@ -89,8 +89,8 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 
 void PluginRegisterModule(REALmoduleDefinition* definition) {
   HostCall call("PluginRegisterModule", definition->name);
-  Host& host = Host::Current();
   KeepForGood(definition);
+  Host& host = Host::Current();
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
     module.declarations.emplace_back(record.declaration);
