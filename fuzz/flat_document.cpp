@@ -19,15 +19,16 @@ void Require(bool holds, const char* what) {
   std::abort();
 }
 
-void Put(Bytes* flat, int64_t value) {
-  const auto* bytes = reinterpret_cast<const uint8_t*>(&value);
-  flat->insert(flat->end(), bytes, bytes + sizeof value);
+void Append(Bytes* flat, const void* bytes, size_t length) {
+  flat->resize(flat->size() + length);
+  if (length > 0) std::memcpy(flat->data() + flat->size() - length, bytes, length);
 }
+
+void Put(Bytes* flat, int64_t value) { Append(flat, &value, sizeof value); }
 
 void Put(Bytes* flat, const void* bytes, int64_t length) {
   Put(flat, length);
-  const auto* first = static_cast<const uint8_t*>(bytes);
-  flat->insert(flat->end(), first, first + length);
+  Append(flat, bytes, static_cast<size_t>(length));
 }
 
 void PutPalette(Bytes* flat, const GifPalette* palette) {
