@@ -68,12 +68,11 @@ static SampleImage OneColour(int32_t side) {
 
 static SampleImage Icon(int32_t side) {
   SampleImage image{"icon 32x32", side, side, 5, {}};
-  std::mt19937 random(4);
   for (int32_t y = 0; y < side; ++y) {
     for (int32_t x = 0; x < side; ++x) {
       const int32_t radius = (x - side / 2) * (x - side / 2) + (y - side / 2) * (y - side / 2);
       const bool inside = radius < side * side / 5;
-      image.pixels.push_back(inside ? static_cast<uint8_t>(4 + radius / 12 % 24 + random() % 2) : uint8_t{0});
+      image.pixels.push_back(inside ? static_cast<uint8_t>(4 + radius / 12 % 24) : uint8_t{0});
     }
   }
   return image;

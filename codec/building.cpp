@@ -73,23 +73,24 @@ int32_t DisplayRow(int32_t height, bool interlaced, int32_t index) {
   return height;  // not reached for an index below the height
 }
 
-bool MakeRows(GifPicture* picture) {
+bool MakeRows(GifPicture* picture, RowContents contents) {
   if (picture->height < 1) return true;
   const auto height = static_cast<size_t>(picture->height);
   const auto width = static_cast<size_t>(picture->width < 1 ? 0 : picture->width);
+  const size_t size = height * width + kPixelSpare;  // both are below 2^31
   uint8_t** rows = NewRecord<uint8_t*>(height);
-  uint8_t* pixels =
-      width == 0 || !rows ? nullptr : static_cast<uint8_t*>(AllocateZeroed(height * width + kPixelSpare, 1));
+  void* pixels = nullptr;
+  if (rows && width > 0) pixels = contents == RowContents::kZeros ? AllocateZeroed(size, 1) : std::malloc(size);
   if (!rows || (width > 0 && !pixels)) {
     std::free(rows);
     return false;
   }
+  picture->data = rows;
+  picture->pixels = static_cast<uint8_t*>(pixels);
   for (size_t i = 0; pixels && i < height; ++i) {
     const int32_t row = DisplayRow(picture->height, picture->interlace != 0, static_cast<int32_t>(i));
-    rows[row] = pixels + i * width;
+    rows[row] = picture->pixels + i * width;
   }
-  picture->data = rows;
-  picture->pixels = pixels;
   return true;
 }
 

@@ -32,11 +32,12 @@ void DeleteBlocks(Gif* gif);
 void DeleteSubBlocks(GifExtension* extension);
 
 // Bytes behind an image's last pixel, in the same piece of memory, for whoever fills the rows to work with.
-constexpr int32_t kPixelSpare = 288;
+constexpr int32_t kPixelSpare = 320;
 
 // Makes `data` and the rows for the picture's `width`, `height` and `interlace`. Nothing is made (and the
 // result is true) when `height` is below 1; null rows when `width` is.
-bool MakeRows(GifPicture* picture);
+enum class RowContents { kZeros, kUnset };  // unset: whoever asks sets every pixel
+bool MakeRows(GifPicture* picture, RowContents contents = RowContents::kZeros);
 
 // The row of the image that stands at position `index` (0 to `height` - 1) in the file: the four passes of
 // GIF89a, appendix E, when interlaced.

@@ -1,16 +1,17 @@
 #include "codec/image_decoder.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <cstring>
+#include <numeric>
 
 #include "codec/building.h"
-#include "codec/lzw_decoder.h"
 
 // In sound data the strings of the codes stand in the image one after the other, across the ends of rows, and
-// each table entry repeats what is there already: the previous string and the pixel that follows it. So an
-// entry need only say where that place is and how long it is, and decoding is copying forward within the
-// image. No links are followed and no stack turns strings round.
+// a table entry repeats what is there already: the previous string and the pixel that follows it. So an entry
+// need only say where that place is and how long, and decoding is copying forward within the image. No links
+// are followed, and no stack turns strings round.
 //
 // Whatever ends a row early breaks this picture: a bad code, an end code, the end of the data, a code after
 // the last entry. The state that the row decoder would have there is then built from the entries, and it
@@ -18,145 +19,175 @@
 
 namespace {
 
-// A string in the image: its place in the upper half, then 16 bits each for the code that put it there and
-// for its length in pixels. An entry for the string with one more pixel is the same plus 1. 0: no string.
-using String = uint64_t;
+// Copies run over: by 15 bytes after a short string, by 31 after a long one. They read as far.
+constexpr uint64_t kShortStep = 8, kStep = 16, kLongStep = 32;
 
-String MakeString(uint64_t place, uint64_t code, uint64_t length) {
-  return place << 32 | code << 16 | length;
+// The strings of single pixels lie behind the image, out of reach for a copy at its end.
+constexpr uint64_t kSinglesAfter = kLongStep;
+static_assert(kPixelSpare >= kSinglesAfter + 256 + kStep);
+
+constexpr auto kSingles = [] {
+  std::array<uint8_t, 256> pixels{};
+  std::iota(pixels.begin(), pixels.end(), uint8_t{0});
+  return pixels;
+}();
+
+template <uint64_t kBytes>
+inline void CopyStep(uint8_t* to, const uint8_t* from) {
+  uint8_t piece[kBytes];  // a register: source and target may overlap
+  std::memcpy(piece, from, kBytes);
+  std::memcpy(to, piece, kBytes);
 }
-uint64_t Place(String string) { return string >> 32; }
-int32_t Code(String string) { return static_cast<int32_t>(string >> 16 & 0xFFFF); }
-uint64_t Length(String string) { return string & 0xFFFF; }
 
-uint64_t LoadLittleEndian(const uint8_t* bytes) {
+// The steps are in order, so the target may begin `kStep` bytes or more into the source.
+[[gnu::noinline]] void CopyLong(uint8_t* to, const uint8_t* from, uint64_t length) {
+  for (uint64_t i = 0; i < length; i += kLongStep) {
+    CopyStep<kStep>(to + i, from + i);
+    CopyStep<kStep>(to + i + kStep, from + i + kStep);
+  }
+}
+
+// Most strings are a few pixels long. Reading no more than needed also keeps clear of pixels just written,
+// for which the processor would have to wait.
+inline void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
+  CopyStep<kShortStep>(to, from);
+  if (length > kShortStep) [[unlikely]] {
+    CopyStep<kStep>(to, from);
+    if (length > kStep) CopyLong(to + kStep, from + kStep, length - kStep);
+  }
+}
+
+inline uint64_t LoadLittleEndian(const uint8_t* bytes) {
   uint64_t value = 0;
   std::memcpy(&value, bytes, sizeof value);
   return std::endian::native == std::endian::big ? __builtin_bswap64(value) : value;
 }
 
-constexpr uint64_t kCopyStep = 16;
+// A string in the image, and the code that put it there. As a table entry it is one pixel longer.
+struct String {
+  uint32_t place;   // of its first pixel, counted from the image's
+  uint16_t length;  // pixels; 0: no string
+  uint16_t code;
+};
 
-// The strings of single pixels lie behind the image, where the last copy cannot reach them.
-constexpr uint64_t kSinglesAfter = kCopyStep;
-static_assert(kPixelSpare >= kSinglesAfter + 256 + kCopyStep);
-
-// Copies forward in steps of 16 bytes, up to 15 bytes too many. The target may begin 16 bytes or more into
-// the source, or at the source's last byte.
-void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
-  uint64_t done = 0;
-  do {
-    uint8_t piece[kCopyStep];  // a register: source and target may overlap
-    std::memcpy(piece, from + done, kCopyStep);
-    std::memcpy(to + done, piece, kCopyStep);
-    done += kCopyStep;
-  } while (done < length);
-  to[length - 1] = from[length - 1];
-}
+inline String Entry(String string) { return {string.place, static_cast<uint16_t>(string.length + 1), string.code}; }
 
 class ImageDecoder {
  public:
-  ImageDecoder(MyFILE* stream, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height)
-      : stream_(stream),
-        pixels_(pixels),
-        width_(static_cast<uint64_t>(width)),
-        total_(width_ * static_cast<uint64_t>(height)) {
-    StartImage(&exact_, code_size);
-    RestartCodes(&exact_);
-    const uint64_t singles = total_ + kSinglesAfter;
-    for (int32_t pixel = 0; pixel < std::min(exact_.clear_code, 256); ++pixel) {
-      pixels_[singles + static_cast<uint64_t>(pixel)] = static_cast<uint8_t>(pixel);
-    }
-    for (int32_t code = 0; code < exact_.clear_code; ++code) {
-      strings_[code] = MakeString(singles + (static_cast<uint64_t>(code) & 0xFF), 0, 1);
-    }
-    strings_[exact_.clear_code] = 0;
-    strings_[exact_.end_code] = 0;
-    next_ = exact_.end_code;
-  }
-
-  bool Decode() {
-    while (done_ < total_) {
-      DecodeBatches();
-      if (done_ < total_ && !DecodeOne()) {
-        HandOver();
-        break;
-      }
-    }
-    return exact_.data_ended;
-  }
+  ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, int32_t width, int32_t height, bool zeroed);
+  void Decode();
 
  private:
+  template <bool kNearEnd>
   void DecodeBatches();
   bool DecodeOne();
   bool FillBits();
-  void CountCode();
+  void Append(int32_t code, uint64_t place, uint64_t length);
   void Clear();
+
+  int32_t CodesSinceClear() const { return next_ - exact_->end_code; }
+  String SinceClear(int32_t index) const;
+  int32_t FirstOfRow(uint64_t row) const;
   void SaveRow();
   void HandOver();
 
-  // The string of the i-th code since the table was cleared.
-  String Sequence(int32_t i) const {
-    const int32_t entry = exact_.end_code + 1 + i;
-    return entry == next_ ? latest_ : strings_[entry] - 1;
-  }
-  int32_t SequenceLength() const { return next_ - exact_.end_code; }
-
   MyFILE* stream_;
+  // The row decoder. Its bits and widths of codes are used here; the fields of its own (`last_code`,
+  // `stack_depth`, `stack`) are as of the last clear code; `code_count`, `suffix` and `prefix` are set when
+  // it takes over.
+  GifDecoder* exact_;
   uint8_t* pixels_;
   uint64_t width_;
   uint64_t total_;           // pixels of the image
+  bool zeroed_;              // pixels not reached yet are 0
   uint64_t done_ = 0;        // pixels decoded
-  uint64_t cleared_at_ = 0;  // `done_` when the table was cleared
-  String latest_ = 0;        // the previous code's string
-  int32_t next_;             // the entry that the next code defines; `end_code` stands for none
-  // Bits and widths of the codes. The fields of the row decoder's own (`last_code`, `stack_depth`, `stack`)
-  // are kept only as of the last clear code; `code_count`, `suffix` and `prefix` are unused until it takes
-  // over.
-  GifDecoder exact_;
+  uint64_t cleared_at_ = 0;  // `done_` at the last clear code
+  String latest_{};          // by the previous code
+  int32_t next_;  // the entry that the next code defines; `end_code`, standing for none, after a clear code
   String strings_[kTableSize];
 };
 
-// Many codes of one width from one load of bits. Stops before a code that is not plainly sound, near the end
-// of the bytes at hand, and where the width is about to change.
+ImageDecoder::ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, int32_t width, int32_t height,
+                           bool zeroed)
+    : stream_(stream),
+      exact_(exact),
+      pixels_(pixels),
+      width_(static_cast<uint64_t>(width)),
+      total_(width_ * static_cast<uint64_t>(height)),
+      zeroed_(zeroed),
+      next_(exact->end_code) {
+  RestartCodes(exact_);
+  const auto singles = static_cast<uint32_t>(total_ + kSinglesAfter);
+  std::memcpy(pixels_ + singles, kSingles.data(), kSingles.size());
+  const auto clear_code = static_cast<uint32_t>(exact_->clear_code);
+  for (uint32_t code = 0; code < clear_code; ++code) strings_[code] = {singles + (code & 0xFF), 1, 0};
+  strings_[clear_code] = {};
+  strings_[clear_code + 1] = {};
+}
+
+void ImageDecoder::Decode() {
+  while (done_ < total_) {
+    DecodeBatches<false>();
+    DecodeBatches<true>();
+    if (done_ < total_ && !DecodeOne()) return HandOver();
+  }
+}
+
+// Several codes of one width from each load of bits. Stops before a code that is not plainly sound, near the
+// end of the bytes at hand, where the width is about to change and, unless `kNearEnd`, where strings might
+// not fit.
+template <bool kNearEnd>
 void ImageDecoder::DecodeBatches() {
-  if (next_ == exact_.end_code) return;
-  const int32_t width = exact_.code_width;
+  constexpr int32_t kBatch = 4;  // codes of at most 12 bits from at least 56
+  if (next_ == exact_->end_code) return;
+  // In locals, which the stores of pixels cannot change.
+  const int32_t width = exact_->code_width;
   const uint64_t mask = (uint64_t{1} << width) - 1;
-  const int32_t codes_per_load = 56 / width;
-  uint64_t buffer = exact_.bit_buffer;
-  int32_t bits = exact_.bit_count;
-  const uint8_t* in = exact_.block + exact_.block_pos;
-  const uint8_t* const in_end = exact_.block + exact_.block_len;
-  const int64_t last_next = exact_.width_limit - 1 - codes_per_load;
+  const int64_t last_next = exact_->width_limit - 1 - kBatch;
+  const uint64_t total = total_;
+  uint8_t* const pixels = pixels_;
+  String* const strings = strings_;
+  const uint8_t* in = exact_->block + exact_->block_pos;
+  const uint8_t* const in_end = exact_->block + exact_->block_len;
+  uint64_t buffer = exact_->bit_buffer;
+  int32_t bits = exact_->bit_count;
   int64_t next = next_;
   uint64_t done = done_;
   String latest = latest_;
+
+  const auto decode = [&]() __attribute__((always_inline)) {
+    const auto code = static_cast<int64_t>(buffer & mask);
+    strings[next] = Entry(latest);
+    const uint64_t length = strings[code].length;
+    if (length == 0 || (kNearEnd && length > total - done)) return false;
+    uint8_t* const to = pixels + done;
+    const uint8_t* const from = pixels + strings[code].place;
+    if (code >= next) [[unlikely]] {
+      if (code > next) return false;
+      CopyForward(to, from, length);
+      to[length - 1] = to[0];
+    } else {
+      CopyForward(to, from, length);
+    }
+    latest = {static_cast<uint32_t>(done), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
+    done += length;
+    ++next;
+    buffer >>= width;
+    return true;
+  };
   bool sound = true;
-  while (sound && next <= last_next && in_end - in >= 8) {
+  while (sound && next <= last_next && in_end - in >= 8 && (kNearEnd || total - done >= kBatch * kTableSize)) {
+    // Bits above `bits` are those that the next load brings once more.
     buffer |= LoadLittleEndian(in) << bits;
     in += (63 - bits) >> 3;
     bits |= 56;
-    for (int32_t i = 0; i < codes_per_load; ++i) {
-      const auto code = static_cast<int64_t>(buffer & mask);
-      strings_[next] = latest + 1;
-      const String string = strings_[code];
-      const uint64_t length = Length(string);
-      if (code > next || string == 0 || done + length > total_) {
-        sound = false;
-        break;
-      }
-      CopyForward(pixels_ + done, pixels_ + Place(string), length);
-      latest = MakeString(done, static_cast<uint64_t>(code), length);
-      done += length;
-      ++next;
-      buffer >>= width;
-      bits -= width;
-    }
+    const int64_t first = next;
+    sound = decode() && decode() && decode() && decode();
+    bits -= static_cast<int32_t>(next - first) * width;
   }
-  exact_.bit_buffer = buffer & ((uint64_t{1} << bits) - 1);
-  exact_.bit_count = bits;
-  exact_.block_pos = static_cast<int32_t>(in - exact_.block);
+  exact_->bit_buffer = buffer & ((uint64_t{1} << bits) - 1);
+  exact_->bit_count = bits;
+  exact_->block_pos = static_cast<int32_t>(in - exact_->block);
   next_ = static_cast<int32_t>(next);
   done_ = done;
   latest_ = latest;
@@ -164,103 +195,120 @@ void ImageDecoder::DecodeBatches() {
 
 // Holds enough bits for a code. False at the end of the data.
 bool ImageDecoder::FillBits() {
-  while (exact_.bit_count < exact_.code_width) {
-    if (exact_.block_pos == exact_.block_len && !GatherSubBlocks(stream_, &exact_)) return false;
-    exact_.bit_buffer |= uint64_t{exact_.block[exact_.block_pos++]} << exact_.bit_count;
-    exact_.bit_count += 8;
+  while (exact_->bit_count < exact_->code_width) {
+    if (exact_->block_pos == exact_->block_len && !GatherSubBlocks(stream_, exact_)) return false;
+    exact_->bit_buffer |= uint64_t{exact_->block[exact_->block_pos++]} << exact_->bit_count;
+    exact_->bit_count += 8;
   }
   return true;
 }
 
-// One code, whatever it is. False, with nothing taken, when the row decoder must see to it.
+// One code, wherever it stands. False, with nothing taken, when the row decoder must see to it.
 bool ImageDecoder::DecodeOne() {
   if (!FillBits()) return false;
-  const auto code = static_cast<int32_t>(exact_.bit_buffer & ((uint64_t{1} << exact_.code_width) - 1));
-  const int32_t width = exact_.code_width;
-  if (code == exact_.clear_code) {
+  const int32_t width = exact_->code_width;
+  const auto code = static_cast<int32_t>(exact_->bit_buffer & ((uint64_t{1} << width) - 1));
+  if (code == exact_->clear_code) {
     Clear();
-  } else if (next_ == exact_.end_code) {
-    if (code > exact_.clear_code) return false;
-    pixels_[done_] = static_cast<uint8_t>(code);
-    latest_ = MakeString(done_++, static_cast<uint64_t>(code), 1);
-    CountCode();
   } else {
-    if (code > next_ || code == exact_.end_code || next_ == kTableSize) return false;
-    strings_[next_] = latest_ + 1;
+    const bool first = next_ == exact_->end_code;
+    if (first ? code > exact_->clear_code : code > next_ || next_ == kTableSize) return false;
+    if (!first) strings_[next_] = Entry(latest_);
     const String string = strings_[code];
-    const uint64_t length = Length(string);
-    const uint64_t fitting = std::min(length, total_ - done_);
-    CopyForward(pixels_ + done_, pixels_ + Place(string), fitting);
-    latest_ = MakeString(done_, static_cast<uint64_t>(code), length);
-    done_ += fitting;
-    CountCode();
+    if (string.length == 0) return false;
+    Append(code, string.place, string.length);
   }
-  exact_.bit_buffer >>= width;
-  exact_.bit_count -= width;
+  exact_->bit_buffer >>= width;
+  exact_->bit_count -= width;
   return true;
 }
 
-// The code just read has defined its entry.
-void ImageDecoder::CountCode() {
-  if (++next_ < exact_.width_limit || exact_.code_width == kMaxCodeWidth) return;
-  exact_.width_limit *= 2;
-  exact_.code_width++;
+// Puts a code's string into the image, as much of it as there is room for. The code has defined its entry.
+void ImageDecoder::Append(int32_t code, uint64_t place, uint64_t length) {
+  const uint64_t fitting = std::min(length, total_ - done_);
+  CopyForward(pixels_ + done_, pixels_ + place, fitting);
+  if (code == next_ && fitting == length) pixels_[done_ + length - 1] = pixels_[done_];
+  latest_ = {static_cast<uint32_t>(done_), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
+  done_ += fitting;
+  if (++next_ < exact_->width_limit || exact_->code_width == kMaxCodeWidth) return;
+  exact_->width_limit *= 2;
+  exact_->code_width++;
 }
 
 void ImageDecoder::Clear() {
   SaveRow();
-  RestartCodes(&exact_);
-  next_ = exact_.end_code;
+  RestartCodes(exact_);
+  next_ = exact_->end_code;
   cleared_at_ = done_;
 }
 
-// Gives `exact_` the fields that the row decoder has in the middle of the present row: `last_code`,
-// `stack_depth` and as much of `stack` as that depth can bring back.
+// What the codes since the last clear code put into the image, in order. Each but the latest is half of an
+// entry.
+String ImageDecoder::SinceClear(int32_t index) const {
+  if (index == CodesSinceClear() - 1) return latest_;
+  String string = strings_[exact_->end_code + 1 + index];
+  string.length--;
+  return string;
+}
+
+// The code that put the pixel before a row into the image. The row begins after the clear code.
+int32_t ImageDecoder::FirstOfRow(uint64_t row) const {
+  int32_t low = 0, high = CodesSinceClear();
+  while (high - low > 1) {
+    const int32_t middle = (low + high) / 2;
+    (SinceClear(middle).place < row ? low : high) = middle;
+  }
+  return low;
+}
+
+// Gives `exact_` the fields that the row decoder has in the middle of the present row: `last_code` and
+// `stack_depth` as the row's call found them, and as much of `stack` as that depth can bring back.
 void ImageDecoder::SaveRow() {
   const uint64_t row = done_ - done_ % width_;
-  int32_t first = 0;  // the first code that counts in this row's call, or put pixels into it
+  int32_t first = 0;
   if (row > cleared_at_) {
-    first = SequenceLength() - 1;
-    while (Place(Sequence(first)) >= row) --first;
-    const String across = Sequence(first);
-    exact_.last_code = Code(across);
-    exact_.stack_depth = static_cast<int32_t>(Place(across) + Length(across) - row);
+    first = FirstOfRow(row);
+    const String across = SinceClear(first);
+    exact_->last_code = across.code;
+    exact_->stack_depth = static_cast<int32_t>(across.place + uint64_t{across.length} - row);
   }
-  // Each table code's string was pushed onto the empty stack, over those before it.
+  // Each table code pushed its string onto the empty stack, last pixel first, over those before it.
+  const auto depth = static_cast<uint64_t>(exact_->stack_depth);
   uint64_t filled = 0;
-  for (int32_t i = SequenceLength() - 1; i >= first; --i) {
-    const String string = Sequence(i);
-    if (Code(string) < exact_.clear_code) continue;
-    const uint64_t last = Place(string) + Length(string) - 1;
-    const uint64_t end = std::min(Length(string), static_cast<uint64_t>(exact_.stack_depth));
-    for (; filled < end; ++filled) exact_.stack[filled] = pixels_[last - filled];
+  for (int32_t i = CodesSinceClear() - 1; i >= first && filled < depth; --i) {
+    const String string = SinceClear(i);
+    if (string.code < exact_->clear_code) continue;
+    const uint8_t* last = pixels_ + string.place + string.length - 1;
+    const uint64_t end = std::min<uint64_t>(string.length, depth);
+    for (; filled < end; ++filled) exact_->stack[filled] = *(last - filled);
   }
 }
 
 // Lets the row decoder finish the image from here.
 void ImageDecoder::HandOver() {
   SaveRow();
-  ForgetEntries(&exact_);
-  for (int32_t entry = exact_.end_code + 1; entry < next_; ++entry) {
+  ForgetEntries(exact_);
+  for (int32_t entry = exact_->end_code + 1; entry < next_; ++entry) {
     const String string = strings_[entry];
-    exact_.prefix[entry] = Code(string);
-    exact_.suffix[entry] = pixels_[Place(string) + Length(string) - 1];
+    exact_->prefix[entry] = string.code;
+    exact_->suffix[entry] = pixels_[string.place + string.length - 1];
   }
-  exact_.code_count = next_ + 1;
-  std::fill_n(pixels_ + done_, std::min(kCopyStep, total_ - done_), uint8_t{0});
+  exact_->code_count = next_ + 1;
+  const uint64_t touched = zeroed_ ? std::min(done_ + kLongStep, total_) : total_;
+  std::fill(pixels_ + done_, pixels_ + touched, uint8_t{0});
 
   const auto width = static_cast<int32_t>(width_);
   const uint64_t column = done_ % width_;
   uint8_t* line = pixels_ + (done_ - column);
-  const int32_t last_code = next_ == exact_.end_code ? kNoCode : Code(latest_);
-  ContinueGifLine(stream_, &exact_, line, width, static_cast<int32_t>(column), last_code);
-  while ((line += width) < pixels_ + total_ && !OnlyZerosFollow(&exact_)) {
-    ReadGifLine(stream_, &exact_, line, width);
+  const int32_t last_code = next_ == exact_->end_code ? kNoCode : latest_.code;
+  ContinueGifLine(stream_, exact_, line, width, static_cast<int32_t>(column), last_code);
+  while ((line += width) < pixels_ + total_ && !OnlyZerosFollow(exact_)) {
+    ReadGifLine(stream_, exact_, line, width);
   }
 }
 
 }  // namespace
 
-bool DecodeImage(MyFILE* stream, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height) {
-  return ImageDecoder(stream, code_size, pixels, width, height).Decode();
+void DecodeImage(MyFILE* stream, GifDecoder* decoder, uint8_t* pixels, int32_t width, int32_t height, bool zeroed) {
+  ImageDecoder(stream, decoder, pixels, width, height, zeroed).Decode();
 }

@@ -19,20 +19,20 @@ constexpr int32_t kGatheredBytes = 16 * kMaxSubBlock;
 // The state between two rows of one image. Codes below `clear_code` are pixel values, those above `end_code`
 // table entries.
 struct GifDecoder {
-  int32_t code_size;    // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
-  int32_t clear_code;   // 2 to the power `code_size`
-  int32_t end_code;     // `clear_code` + 1
-  int32_t code_count;   // codes so far, counted on from `clear_code` + 2; a code read defines entry
-                        // `code_count` - 2
-  int32_t code_width;   // bits of the next code, up to `kMaxCodeWidth`
-  int32_t width_limit;  // 2 to the power `code_width`: the count that widens the codes
-  int32_t last_code;    // the previous code; `kNoCode` in the beginning and after a clear code
-  int32_t stack_depth;  // pixels on `stack` that wait for the next row
-  int32_t bit_count;    // bits held in `bit_buffer`
-  uint64_t bit_buffer;  // bits not yet used, the first one lowest
-  int32_t data_ended;   // 1 once the empty sub-block that ends the data (or the stream's end) has been read
-  int32_t block_pos;    // the next byte of `block` to take
-  int32_t block_len;    // bytes in `block`
+  int32_t code_size;              // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
+  int32_t clear_code;             // 2 to the power `code_size`
+  int32_t end_code;               // `clear_code` + 1
+  int32_t code_count;             // codes so far, counted on from `clear_code` + 2; a code read defines entry
+                                  // `code_count` - 2
+  int32_t code_width;             // bits of the next code, up to `kMaxCodeWidth`
+  int32_t width_limit;            // 2 to the power `code_width`: the count that widens the codes
+  int32_t last_code;              // the previous code; `kNoCode` in the beginning and after a clear code
+  int32_t stack_depth;            // pixels on `stack` that wait for the next row
+  int32_t bit_count;              // bits held in `bit_buffer`
+  uint64_t bit_buffer;            // bits not yet used, the first one lowest
+  int32_t data_ended;             // 1 once the empty sub-block that ends the data (or the stream's end) has been read
+  int32_t block_pos;              // the next byte of `block` to take
+  int32_t block_len;              // bytes in `block`
   uint8_t block[kGatheredBytes];  // the bytes of the sub-blocks read last
   uint8_t stack[kTableSize];      // a decoded string, its last pixel at the bottom
   uint8_t suffix[kTableSize];     // the last pixel of each entry's string

@@ -15,19 +15,12 @@
 #include <cstdint>
 
 #include "codec/byte_stream.h"
+#include "codec/lzw_runs.h"
 
 constexpr int32_t kFlush = 4096;     // in place of a code: write out everything and end the image data
 constexpr int32_t kNoPrefix = 4097;  // in place of a prefix: no pixel has been taken yet
 
-// The codes of the strings that are one colour n times over, for n from 2 to `longest`: `longest` - 1 codes at
-// `first` in `run_codes`, where they have room for `room`.
-struct ColourRuns {
-  uint16_t longest;  // at least 1: the colour itself
-  uint16_t first;
-  uint16_t room;
-};
-
-// About 108 KiB; owned by its user, who need not fill it in.
+// About 115 KiB; owned by its user, who need not fill it in.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
   int32_t clear_code;   // 2 to the power `code_size`
@@ -41,15 +34,10 @@ struct GifEncoder {
   int32_t finished;     // 1 once the image data has ended: nothing more is written
   int32_t block_len;    // bytes in `block`
 
-  // How strings are found; lzw_encoder.cpp tells more.
-  int32_t uses_runs;           // 1 while strings of one colour are found in `runs`, 0 while all are in `hash_table`
-  int32_t run_colour;          // with `uses_runs`: what the string in hand consists of, if `run_length` is not 0
-  int32_t run_length;          // its pixels; 0 when it has several colours
-  int32_t run_codes_used;      // entries of `run_codes` given to colours
-  int64_t pixels_since_clear;  // pixels that the present strings have coded
-  ColourRuns runs[256];
-  uint16_t run_codes[16384];
+  // How strings are found: lzw_encoder.cpp tells.
   uint32_t hash_table[16384];
+  RunStrings runs;
+  int64_t pixels_since_clear;  // pixels that the present strings have coded
 
   uint8_t block[8192];  // image data still to be written, several sub-blocks of it
 };

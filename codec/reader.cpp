@@ -1,5 +1,6 @@
 #include "codec/reader.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
 
@@ -14,17 +15,20 @@ static int32_t ReadWord(MyFILE* stream) {
 }
 
 bool ReadGifPalette(MyFILE* stream, GifPalette* palette) {
+  const int32_t count = palette->count;
   palette->colours = nullptr;
-  if (palette->count < 1) return true;
-  palette->colours = NewRecord<Colour>(static_cast<size_t>(palette->count));
-  const bool made = palette->colours != nullptr;
-  for (int32_t i = 0; i < palette->count; ++i) {
-    uint8_t rgb[3];
-    ReadBytes(stream, rgb, sizeof rgb);
-    if (made) palette->colours[i] = {.zero = 0, .red = rgb[0], .green = rgb[1], .blue = rgb[2]};
+  if (count < 1) return true;
+  palette->colours = NewRecord<Colour>(static_cast<size_t>(count));
+  if (!palette->colours) palette->count = 0;
+  uint8_t rgb[256][3];
+  for (int32_t first = 0; first < count; first += 256) {
+    const int32_t entries = std::min(count - first, 256);
+    ReadBytes(stream, rgb[0], int64_t{entries} * 3);
+    for (int32_t i = 0; palette->colours && i < entries; ++i) {
+      palette->colours[first + i] = {.zero = 0, .red = rgb[i][0], .green = rgb[i][1], .blue = rgb[i][2]};
+    }
   }
-  if (!made) palette->count = 0;
-  return made;
+  return palette->colours != nullptr;
 }
 
 static void ReadScreen(MyFILE* stream, GifScreen* screen) {
@@ -97,31 +101,47 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
   return ReadGifPalette(stream, picture->cmap);
 }
 
-// The image's data from its minimum code size on, into the picture's rows. Without a picture it is passed
-// over.
-static void ReadImageData(MyFILE* stream, const GifPicture* picture) {
-  const int32_t code_size = MyGetc(stream);
-  const bool decodes = picture && picture->pixels && code_size <= kMaxMinimumCodeSize;
-  if (decodes && DecodeImage(stream, code_size, picture->pixels, picture->width, picture->height)) return;
-  SkipSubBlocks(stream);
+// Whether the sub-blocks gathered could begin an image that size. Only then are its pixels worth touching
+// before there is something to put into them: a hostile file names a large image in a few bytes.
+static bool MayFill(const GifDecoder& decoder, const GifPicture& picture) {
+  constexpr int64_t kMostPixelsPerByte = 8192;  // several times what data of this format achieve
+  return int64_t{picture.width} * picture.height <= decoder.block_len * kMostPixelsPerByte;
 }
 
-// An image must be read to its end with or without memory for it, so that the next block is found.
+// The image's data from its minimum code size on, into rows made for the picture. Without a picture it is passed
+// over. False when there is no memory for rows, or no more to be spent on them.
+static bool ReadImageData(MyFILE* stream, GifPicture* picture, RowBudget* budget) {
+  GifDecoder decoder;
+  const int32_t code_size = MyGetc(stream);
+  StartImage(&decoder, std::min(code_size, kMaxMinimumCodeSize));
+  bool made = false;
+  if (picture) {
+    GatherSubBlocks(stream, &decoder);
+    const bool zeroed = code_size > kMaxMinimumCodeSize || !MayFill(decoder, *picture);
+    made = budget->Spend(picture->width, picture->height) &&
+           MakeRows(picture, zeroed ? RowContents::kZeros : RowContents::kUnset);
+    if (made && picture->pixels && code_size <= kMaxMinimumCodeSize) {
+      DecodeImage(stream, &decoder, picture->pixels, picture->width, picture->height, zeroed);
+    }
+  }
+  if (!decoder.data_ended) SkipSubBlocks(stream);
+  return made;
+}
+
+// An image is read to its end with or without memory for it, so that the next block is found.
 static void ReadImage(MyFILE* stream, GifBlock* block, RowBudget* budget) {
   GifPalette no_palette{};
   GifPicture no_picture{};
   no_picture.cmap = &no_palette;
 
-  block->picture = NewPicture();
-  bool made = block->picture != nullptr;
-  made = ReadImageDescriptor(stream, made ? block->picture : &no_picture) && made;
-  made = made && budget->Spend(block->picture->width, block->picture->height) && MakeRows(block->picture);
-  if (!made) {
-    DeletePicture(block->picture);
-    block->picture = nullptr;
-    std::free(no_palette.colours);
+  GifPicture* picture = NewPicture();
+  const bool described = ReadImageDescriptor(stream, picture ? picture : &no_picture);
+  if (ReadImageData(stream, described ? picture : nullptr, budget)) {
+    block->picture = picture;
+  } else {
+    DeletePicture(picture);
   }
-  ReadImageData(stream, block->picture);
+  std::free(no_palette.colours);
 }
 
 // The next block; null after the last one, or without memory.

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <random>
 
+#include "codec/building.h"
 #include "codec/reader.h"
 #include "tests/support/making_documents.h"
 
@@ -41,6 +42,7 @@ Bytes RandomPixels(Random& random, int width, int height, int depth) {
 Document RandomDocument(Random& random, int width, int height, int images) {
   Document gif(NewGif());
   std::memcpy(gif->header, "GIF89a", 6);
+  DeletePalette(gif->screen->cmap);
   *gif->screen = {width, height, 1, 1 + Below(random, 8), Below(random, 2), 1 + Below(random, 8), 0, 0, nullptr};
   gif->screen->cmap = MakePalette(RandomColours(random, gif->screen->cmap_depth));
   gif->screen->bgcolour = Below(random, gif->screen->cmap->count);

@@ -78,8 +78,11 @@ HostBoolean LockDescription(REALpictureStruct* handle, REALpictureDescription* d
   ++picture.locks;
   return 1;
 }
-void UnlockDescription(REALpictureStruct* picture) { --Of(picture).locks; }
-void ClearCache(REALpictureStruct*) { Note("REALPictureClearCache"); }
+void UnlockDescription(REALpictureStruct* picture) {
+  Note("unlock");
+  --Of(picture).locks;
+}
+void ClearCache(REALpictureStruct*) { Note("clear cache"); }
 
 REALpictureStruct* GetMask(REALpictureStruct* handle, int32_t) {
   FakePicture& picture = Of(handle);

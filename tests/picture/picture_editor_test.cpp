@@ -21,11 +21,16 @@ TEST(PictureEditor, StoresEachFormatsBytes) {
     HostOptions host;
     uint32_t bytes;  // of red 10, green 20, blue 30
   } cases[] = {
-      {desktop(1), 0x0A141EFF},    {desktop(2), 0xFF0A141E}, {desktop(3), 0x0A141EFF},  {desktop(4), 0xFF0A141E},
-      {desktop(5), 0x0A141EFF},    {desktop(6), 0xFF0A141E}, {desktop(14), 0xFF0A141E},  // 6 with another flag beside
-                                                                                         // it
-      {desktop(1, 5), 0x0A141EFF},                                                       // rows that are not aligned
-      {ConsoleHost(), 0x1E140A00},                                                       // the int 0x000A141E
+      {desktop(1), 0x0A141EFF},
+      {desktop(2), 0xFF0A141E},
+      {desktop(3), 0x0A141EFF},
+      {desktop(4), 0xFF0A141E},
+      {desktop(5), 0x0A141EFF},
+      {desktop(6), 0xFF0A141E},
+      {desktop(14), 0xFF0A141E},    // 6 with another flag beside
+                                    // it
+      {desktop(1, 5), 0x0A141EFF},  // rows that are not aligned
+      {ConsoleHost(), 0x1E140A00},  // the int 0x000A141E
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.host.application_class + ", alpha info " + std::to_string(c.host.alpha_info));
@@ -36,10 +41,11 @@ TEST(PictureEditor, StoresEachFormatsBytes) {
       for (int x = 0; x < 3; ++x) writer.WritePixel(10, 20, 30);
     }
     writer.WritePixel(0, 0, 0);  // past the last row: row 0 again
+    host.calls.clear();
     REALpictureStruct* picture = writer.RenderPictureWriter();
+    EXPECT_EQ(host.calls, (std::vector<std::string>{"clear cache", "unlock", "clear cache"}));
     EXPECT_EQ(BytesAt(picture, 0, 0) & 0x00FFFF00, 0u);
     for (int i = 1; i < 6; ++i) EXPECT_EQ(BytesAt(picture, i % 3, i / 3), c.bytes) << "pixel " << i;
-    EXPECT_EQ(host.calls.back(), "REALPictureClearCache");
     EXPECT_EQ(writer.RenderPictureWriter(), nullptr);
     EXPECT_TRUE(host.IsBalancedWithout({picture}));
   }
