@@ -14,7 +14,7 @@ void* AllocateZeroed(size_t count, size_t size);
 
 template <typename Record>
 Record* NewRecord(size_t count = 1) {
-  return static_cast<Record*>(AllocateZeroed(count, sizeof(Record)));
+  return static_cast<Record*>(AllocateZeroed(count, sizeof(Record)));  // NOLINT(bugprone-sizeof-expression)
 }
 
 // A palette of `count` zero entries; without an array when `count` is below 1.

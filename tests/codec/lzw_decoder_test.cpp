@@ -223,9 +223,8 @@ class StreamMaker {
       at += length;
     }
     made.file.insert(made.file.end(), {0, 0x3B});
-    if (Chance(0.1))
-      made.file.resize(made.data +
-                       static_cast<size_t>(Below(static_cast<int32_t>(made.file.size() - made.data))));
+    const auto length = static_cast<int32_t>(made.file.size() - made.data);
+    if (Chance(0.1)) made.file.resize(made.data + static_cast<size_t>(Below(length)));
     return made;
   }
 
