@@ -12,7 +12,8 @@ local files, html, progress = require "files", require "html", require "progress
 local survey, text, warnings = require "survey", require "text", require "warnings"
 
 local kMostPixels = 1 << 27 -- of all pictures together; more are scaled down
-local kLeastSide = 240 -- tiny animations are enlarged by a whole number up to about this
+local kLeastSide = 480 -- tiny animations are enlarged by a whole number up to about this
+local kCardBox, kStripBox = { 138, 96 }, { 224, 72 } -- pixels that small pictures may take
 local kMostHexBytes = 1024
 local kLongestComment = 4000 -- bytes that are shown
 
@@ -23,13 +24,20 @@ end
 
 -- --- Facts -------------------------------------------------------------------------------------------------------------
 
+-- The style that makes something as large as fits into a box.
+local function fitted(width, height, box_width, box_height)
+  local scale = math.min(box_width / math.max(width, 1), box_height / math.max(height, 1))
+  return ("width:%dpx;height:%dpx"):format(math.max(1, width * scale // 1), math.max(1, height * scale // 1))
+end
+
 local function size(width, height) return ("%d × %d"):format(width, height) end
 
 local function loops_meaning(loops, frames)
   if frames < 2 then return "a still picture" end
   if not loops then return "plays once (it says nothing of loops)" end
   if loops == 0 then return "repeats for ever (loop count 0)" end
-  return ("repeats %s: plays %d times in all (loop count %d)"):format(text.count(loops, "time"), loops + 1, loops)
+  return ("repeats %s: plays %s in all (loop count %d)"):format(
+    text.count(loops, "time"), text.count(loops + 1, "time"), loops)
 end
 
 local function facts(found)
@@ -90,7 +98,7 @@ end
 
 -- Where the image lies on the logical screen, as a drawing.
 local kPlace = [[
-<svg viewBox="$left $top $width $height" role="img" aria-label="place on the screen">
+<svg viewBox="$left $top $width $height" style="$style" role="img" aria-label="place on the screen">
 <rect class="screen" x="0" y="0" width="$screen_width" height="$screen_height"/>
 <rect class="place" x="$x" y="$y" width="$image_width" height="$image_height"/></svg>]]
 
@@ -99,21 +107,24 @@ local function place(frame, found)
   local bottom = math.max(found.height, frame.top + frame.height, 1)
   local margin = math.max(right, bottom) / 100
   return html.fill(kPlace, {
-    left = -margin, top = -margin, width = right + 2 * margin, height = bottom + 2 * margin,
+    style = fitted(right, bottom, kCardBox[1], kCardBox[2]), left = -margin, top = -margin, width = right + 2 * margin, height = bottom + 2 * margin,
     screen_width = found.width, screen_height = found.height,
     x = frame.left, y = frame.top, image_width = frame.width, image_height = frame.height })
 end
 
 local function transparent_pixels(frame) return frame.transparent and frame.counts and frame.counts[frame.transparent] or 0 end
 
-local kPicture = [[<figure><img class="check" src="$address" alt="image $number"><figcaption>Image</figcaption></figure>]]
+local kPicture = [[
+<figure><img class="check" src="$address" style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
 local kMask = [[
-<figure class="mask"><img alt="mask of image $number"><figcaption>Mask, $pixels transparent</figcaption></figure>]]
+<figure class="mask"><span><img style="$style" alt="mask of image $number"></span>
+<figcaption>Mask</figcaption></figure>]]
 
 -- The address is nil for an image that can't be shown.
 local function views(frame, address)
   if not address then return '<p class="quiet">It can’t be shown.</p>' end
-  local values = { number = frame.number, address = address, pixels = text.grouped(transparent_pixels(frame)) }
+  local values = {
+    number = frame.number, address = address, style = fitted(frame.width, frame.height, kCardBox[1], kCardBox[2]) }
   return html.fill(kPicture, values) .. (transparent_pixels(frame) > 0 and html.fill(kMask, values) or "")
 end
 
@@ -126,11 +137,13 @@ local kImage = [[
 </article>]]
 
 local function image_card(frame, found, address)
+  local transparent = transparent_pixels(frame)
   return html.fill(kImage, {
     number = frame.number, block = frame.block, place = place(frame, found), views = views(frame, address),
     facts = text.list({
       ("%s at (%d, %d)"):format(size(frame.width, frame.height), frame.left, frame.top),
-      frame.interlaced and "interlaced" or "", extensions.describe_control(frame, " · ") }, " · "),
+      frame.interlaced and "interlaced" or "", extensions.describe_control(frame, " · "),
+      transparent > 0 and text.count(transparent, "transparent pixel") or "" }, " · "),
     used = ("%s table: %s"):format(frame.own_colours and "Its own" or "Global", used(frame.colours, frame.counts)),
     palette = palette(frame.colours, frame.counts, (frame.transparent or -1) .. " transparent") })
 end
@@ -139,10 +152,11 @@ end
 
 local kFrame = [[
 <li><button type="button" tabindex="-1" data-delay="$delay_cs" style="--share:$share">
-<img class="check" src="$address" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
+<img class="check" src="$address" style="$style" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
 
-local function frame_item(frame, address, longest_cs)
+local function frame_item(frame, found, address, longest_cs)
   return html.fill(kFrame, {
+    style = fitted(found.width, found.height, kStripBox[1], kStripBox[2]),
     number = frame.number, delay = text.seconds(frame.delay_cs), delay_cs = frame.delay_cs,
     address = address, share = longest_cs > 0 and ("%.3f"):format(frame.delay_cs / longest_cs) or 0 })
 end
@@ -171,7 +185,7 @@ local function draw(found, path)
     return picture and require_done(html.picture_address(scaled(picture, scale), path))
   end
   animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
-    items[#items + 1] = frame_item(frame, address(canvas), longest_cs)
+    items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
     cards[#cards + 1] = image_card(frame, found, address(picture))
     step()
   end)

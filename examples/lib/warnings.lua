@@ -52,7 +52,9 @@ function warnings.of(found)
     say("The background index, %d, lies beyond the %d colours of the global table.", found.background, #found.colours)
   end
   local unused = spare(found.colours, found.counts)
-  if #found.frames > 0 and unused > 0 then
+  if #found.frames > 0 and #found.colours > 0 and unused == #found.colours then
+    say("Global table: no image uses it.")
+  elseif #found.frames > 0 and unused > 0 then
     say("Global table: the last %d of its %d colours are unused. A smaller table would do.", unused, #found.colours)
   end
   for _, row in ipairs(kAboutFrames) do

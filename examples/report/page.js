@@ -19,7 +19,7 @@ function show(number) {
   document.querySelector('.stage img').src = frame.querySelector('img').src;
   document.querySelector('.stage img').alt = `frame ${now}`;
   document.querySelector('output').textContent =
-    `Frame ${now} of 0 to ${frames.length - 1}, at ${seconds(sum(delays.slice(0, now)))}, stays ${seconds(delays[now])}`;
+    `Frame ${now} of 0–${frames.length - 1} · at ${seconds(sum(delays.slice(0, now)))} · stays ${seconds(delays[now])}`;
   for (const current of document.querySelectorAll('.strip [aria-current]')) {
     current.removeAttribute('aria-current');
     current.tabIndex = -1;
@@ -108,12 +108,12 @@ for (const mask of document.querySelectorAll('.mask img')) {
 
 function swatch(colour, index, uses, mark) {
   const item = document.createElement('li');
-  const name = mark ? `${index} ${mark}` : index;
-  item.title = `${name}: #${colour}` + (uses === undefined ? '' : `, ${Number(uses).toLocaleString('en')} pixels`);
+  item.title = `${index}: #${colour}` + (uses === undefined ? '' : `, ${Number(uses).toLocaleString('en')} pixels`);
   item.className = (mark ? 'marked ' : '') + (uses === '0' ? 'unused' : '');
   item.append(document.createElement('i'), document.createElement('b'), document.createElement('br'));
   item.querySelector('i').style.background = `#${colour}`;
   item.querySelector('b').textContent = index;
+  if (mark) item.append(mark, document.createElement('br'));
   item.append(uses === undefined ? '' : uses === '0' ? '–' : Number(uses).toLocaleString('en', {notation: 'compact'}));
   return item;
 }
