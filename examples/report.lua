@@ -115,7 +115,7 @@ end
 local function transparent_pixels(frame) return frame.transparent and frame.counts and frame.counts[frame.transparent] or 0 end
 
 local kPicture = [[
-<figure><img class="check" src="$address" style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
+<figure><img class="check" src="$!address" style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
 local kMask = [[
 <figure class="mask"><span><img style="$style" alt="mask of image $number"></span>
 <figcaption>Mask</figcaption></figure>]]
@@ -152,7 +152,7 @@ end
 
 local kFrame = [[
 <li><button type="button" tabindex="-1" data-delay="$delay_cs" style="--share:$share">
-<img class="check" src="$address" style="$style" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
+<img class="check" src="$!address" style="$style" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
 
 local function frame_item(frame, found, address, longest_cs)
   return html.fill(kFrame, {
@@ -249,6 +249,7 @@ local function page(found)
   return html.fill(part("html"), {
     name = found.path:match("[^/]*$"), style = part("css"), script = part("js"),
     facts = facts(found), comments = comments(found), warnings = warning_list(found),
+    shown_as = #found.frames < 2 and "Picture" or "Animation",
     plays = #found.frames < 2 and 1 or found.sums.loops == 0 and 0 or (found.sums.loops or 0) + 1,
     width_px = found.width * math.max(1, kLeastSide // longest) .. "px", has_frames = #items > 0 and "" or "hidden",
     frames = table.concat(items, "\n"), images = table.concat(cards, "\n"), has_images = #cards > 0 and "" or "hidden",

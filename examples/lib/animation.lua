@@ -4,6 +4,7 @@ local animation = {}
 
 animation.kMostPixels = 1 << 26 -- of a logical screen that is drawn
 
+local kPixelsBetweenSweeps = 1 << 21
 local kBlack, kWhite = 0x000000, 0xFFFFFF -- in a mask: opaque, transparent
 local kRestoreBackground, kRestorePrevious = 2, 3
 
@@ -41,6 +42,16 @@ local function draw_frame(canvas, frame, picture)
   end
 end
 
+-- Gives back the memory of pictures no longer in use: they are large, and Lua sees only their handles. Not after each
+-- small one, because every sweep goes through all that a script holds.
+local unswept = 0 -- pixels
+function animation.sweep(pixels)
+  unswept = unswept + pixels
+  if unswept < kPixelsBetweenSweeps then return end
+  collectgarbage()
+  unswept = 0
+end
+
 -- Calls show(frame, canvas, picture) for each frame, with what is seen then and the frame's own picture (nil when it
 -- has none). The disposal of an image takes effect just before the next one is drawn.
 function animation.play(frames, width, height, show)
@@ -55,8 +66,8 @@ function animation.play(frames, width, height, show)
     elseif before then
       canvas = before
     end
-    picture = nil
-    collectgarbage() -- pictures are large, and Lua sees only their handles
+    picture, before = nil, nil
+    animation.sweep(width * height)
   end
 end
 
