@@ -115,16 +115,23 @@ end
 local function transparent_pixels(frame) return frame.transparent and frame.counts and frame.counts[frame.transparent] or 0 end
 
 local kPicture = [[
-<figure><img class="check" src="$!address" style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
+<figure><img class="check" $!source style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
 local kMask = [[
 <figure class="mask"><span><img style="$style" alt="mask of image $number"></span>
 <figcaption>Mask</figcaption></figure>]]
 
--- The address is nil for an image that can't be shown.
+-- Whether the image is all that is seen when it is drawn: the page holds it once then.
+local function is_whole_frame(frame, found)
+  return not frame.transparent and frame.left == 0 and frame.top == 0 and
+    frame.width == found.width and frame.height == found.height
+end
+
+-- The address is nil for an image that can't be shown, empty for one that the page takes from the timeline.
 local function views(frame, address)
   if not address then return '<p class="quiet">It can’t be shown.</p>' end
   local values = {
-    number = frame.number, address = address, style = fitted(frame.width, frame.height, kCardBox[1], kCardBox[2]) }
+    number = frame.number, style = fitted(frame.width, frame.height, kCardBox[1], kCardBox[2]),
+    source = address == "" and ('data-frame="%d"'):format(frame.number) or ('src="%s"'):format(address) }
   return html.fill(kPicture, values) .. (transparent_pixels(frame) > 0 and html.fill(kMask, values) or "")
 end
 
@@ -186,7 +193,7 @@ local function draw(found, path)
   end
   animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
     items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
-    cards[#cards + 1] = image_card(frame, found, address(picture))
+    cards[#cards + 1] = image_card(frame, found, picture and is_whole_frame(frame, found) and "" or address(picture))
     step()
   end)
   return items, cards
