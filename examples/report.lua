@@ -182,29 +182,31 @@ local function scaled(picture, scale)
   return small
 end
 
--- The items of the timeline and the cards of the images, in one go: both need every picture.
+-- The items of the timeline and the cards of the images, in one go: both need every picture. There is no timeline of
+-- what can't be drawn.
 local function draw(found, path)
   local items, cards, longest_cs = {}, {}, 1
   for _, frame in ipairs(found.frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
-  local scale = math.sqrt(kMostPixels / math.max(1, found.sums.pixels + #found.frames * found.width * found.height))
+  local drawn = animation.can_draw(found.width, found.height)
+  local pixels = found.sums.pixels + (drawn and #found.frames * found.width * found.height or 0)
+  local scale = math.sqrt(kMostPixels / math.max(1, pixels))
   local step = progress.start(#found.frames, "frames")
   local function address(picture)
     return picture and require_done(html.picture_address(scaled(picture, scale), path))
   end
-  animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
-    items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
+  local function add_card(frame, picture)
     cards[#cards + 1] = image_card(frame, found, picture and is_whole_frame(frame, found) and "" or address(picture))
     step()
-  end)
+  end
+  if drawn then
+    animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
+      items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
+      add_card(frame, picture)
+    end)
+  else
+    for _, frame in ipairs(found.frames) do add_card(frame, animation.picture_of(frame)) end
+  end
   return items, cards
-end
-
--- What can't be drawn is told.
-local function draw_what_can_be(found, path)
-  local cards, pixels = {}, found.width * found.height
-  if pixels > 0 and pixels <= animation.kMostPixels then return draw(found, path) end
-  for i, frame in ipairs(found.frames) do cards[i] = image_card(frame, found, nil) end
-  return {}, cards
 end
 
 -- --- Blocks --------------------------------------------------------------------------------------------------------------
@@ -250,7 +252,7 @@ end
 local function page(found)
   local path = os.tmpname()
   local remove <close> = setmetatable({}, { __close = function() os.remove(path) end })
-  local items, cards = draw_what_can_be(found, path)
+  local items, cards = draw(found, path)
   local longest = math.max(found.width, found.height, 1)
   local function part(name) return require_done(files.read(here .. "report/page." .. name)) end
   return html.fill(part("html"), {

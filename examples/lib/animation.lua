@@ -2,11 +2,15 @@
 
 local animation = {}
 
-animation.kMostPixels = 1 << 26 -- of a logical screen that is drawn
-
+local kMostPixels, kLongestSide = 1 << 26, 32767 -- of what is drawn
 local kPixelsBetweenSweeps = 1 << 21
 local kBlack, kWhite = 0x000000, 0xFFFFFF -- in a mask: opaque, transparent
 local kRestoreBackground, kRestorePrevious = 2, 3
+
+-- Whether something of this size, a logical screen or an image, is drawn: it is not empty, nor too large.
+function animation.can_draw(width, height)
+  return width > 0 and height > 0 and math.max(width, height) <= kLongestSide and width * height <= kMostPixels
+end
 
 local function new_canvas(width, height)
   local canvas = Picture(width, height)
@@ -22,9 +26,9 @@ local function copy_of(canvas)
   return copy
 end
 
--- The picture of a frame with its transparent pixels as mask; nil for an image without pixels or colours.
+-- The picture of a frame with its transparent pixels as mask; nil for an image without colours, or not drawn.
 function animation.picture_of(frame)
-  local picture = frame.image:MakePicture()
+  local picture = animation.can_draw(frame.width, frame.height) and frame.image:MakePicture() or nil
   if picture and frame.transparent then picture.Mask = frame.image:MakeMask(frame.transparent) end
   return picture
 end
