@@ -44,8 +44,8 @@ end
 local function best_columns(count, cell_width, cell_height)
   local ideal = math.ceil(math.sqrt(count * 1.5 * cell_height / cell_width))
   local best, fewest = 1, math.huge
-  for columns = math.max(1, ideal - 1), math.min(count, ideal + 1) do
-    local empty = -count % columns
+  for _, columns in ipairs { ideal, ideal + 1, ideal - 1 } do
+    local empty = columns > 0 and columns <= count and -count % columns or math.huge
     if empty < fewest then best, fewest = columns, empty end
   end
   return best

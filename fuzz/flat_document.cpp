@@ -20,8 +20,9 @@ void Require(bool holds, const char* what) {
 }
 
 void Append(Bytes* flat, const void* bytes, size_t length) {
-  flat->resize(flat->size() + length);
-  if (length > 0) std::memcpy(flat->data() + flat->size() - length, bytes, length);
+  const size_t before = flat->size();
+  flat->resize(before + length);
+  if (length > 0) std::memcpy(flat->data() + before, bytes, length);
 }
 
 void Put(Bytes* flat, int64_t value) { Append(flat, &value, sizeof value); }
@@ -59,8 +60,8 @@ void PutExtension(Bytes* flat, const GifExtension& extension) {
 // Reads a file field by field as the format lays it out.
 class OracleReader {
  public:
-  explicit OracleReader(Bytes* file)
-      : file_(file), stream_{file->data(), static_cast<int64_t>(file->size()), 0, nullptr} {}
+  OracleReader(Bytes* file, int64_t limit)
+      : file_(file), limit_(limit), stream_{file->data(), static_cast<int64_t>(file->size()), 0, nullptr} {}
 
   Bytes Read() {
     uint8_t header[8] = {};
@@ -121,13 +122,12 @@ class OracleReader {
     Put(&flat_, -1);
   }
 
-  // The first large image of a file may have 16384 pixels; others are cut to a few.
   void LimitImage() {
     const auto at = static_cast<size_t>(stream_.position);
     if (at + 8 > file_->size()) return;
     uint8_t* size = file_->data() + at + 4;
     const int64_t width = size[0] + 256 * size[1], height = size[2] + 256 * size[3];
-    if (spent_ + (width + 8) * height > 16384) {
+    if (spent_ + (width + 8) * height > limit_) {
       size[0] &= 0x1F;
       size[2] &= 0x0F;
       size[1] = size[3] = 0;
@@ -185,6 +185,7 @@ class OracleReader {
   }
 
   Bytes* file_;
+  int64_t limit_;
   MyFILE stream_;
   Bytes flat_;
   int64_t spent_ = 0;
@@ -212,7 +213,7 @@ Bytes Flatten(const Gif* gif) {
   return flat;
 }
 
-Bytes FlattenByOracle(Bytes* file) { return OracleReader(file).Read(); }
+Bytes FlattenByOracle(Bytes* file, int64_t limit) { return OracleReader(file, limit).Read(); }
 
 Bytes FlattenByReader(const Bytes& file) {
   MyFILE stream = {file.data(), static_cast<int64_t>(file.size()), 0, nullptr};

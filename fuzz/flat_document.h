@@ -16,8 +16,8 @@ Bytes Flatten(const Gif* gif);
 // The same for the document that a file holds, found without the product's reader and by the slow row decoder alone.
 // At the end, how many of the bytes were read.
 //
-// Images that are too large to be decoded many times a second are made smaller in `file` itself.
-Bytes FlattenByOracle(Bytes* file);
+// Once the rows of its images cost more than `limit` bytes, further images are made small in `file` itself.
+Bytes FlattenByOracle(Bytes* file, int64_t limit = 16384);
 
 // The same by the product's reader.
 Bytes FlattenByReader(const Bytes& file);

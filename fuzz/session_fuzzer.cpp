@@ -24,9 +24,14 @@ using host::Ref;
 using host::Type;
 using host::Value;
 
+host::HostOptions Options() {
+  host::HostOptions options;
+  if (std::getenv("DESKTOP_PICTURES")) options.pictures = host::PictureKind::kDesktop;
+  return options;
+}
+
 Host& TheHost() {
-  static Host host(std::getenv("DESKTOP_PICTURES") ? host::HostOptions{.pictures = host::PictureKind::kDesktop}
-                                                   : host::HostOptions());
+  static Host host(Options());
   return host;
 }
 
@@ -42,7 +47,7 @@ class Session {
   }
 
   void Run() {
-    for (int calls = 0; calls < 200 && !input_.empty(); ++calls) {
+    for (int calls = 0; calls < 64 && !input_.empty(); ++calls) {
       try {
         Step();
       } catch (const host::UsageError&) {
@@ -54,7 +59,7 @@ class Session {
 
  private:
   struct Held {
-    Value value;
+    Ref<host::Counted> thing;
     bool opened = false;  // a document that owns what its views look at
   };
 
@@ -74,8 +79,9 @@ class Session {
     }
   }
 
-  void Keep(Value value) {
-    if (std::holds_alternative<Ref<host::Counted>>(value) && held_.size() < 200) held_.push_back({std::move(value)});
+  void Keep(const Value& value) {
+    const auto* thing = std::get_if<Ref<host::Counted>>(&value);
+    if (thing != nullptr && held_.size() < 64) held_.push_back({*thing});
   }
 
   template <class Open>
@@ -120,7 +126,7 @@ class Session {
   // A held value of the type; nothing when the one looked at is of another.
   Value Pick(const Type& type) {
     if (held_.empty()) return {};
-    const Value& value = held_[input_.Byte() % held_.size()].value;
+    Value value = HandleValue(held_[input_.Byte() % held_.size()].thing);
     return Accepts(type, value) ? value : Value();
   }
 
@@ -166,7 +172,7 @@ class Session {
   void UseMember() {
     if (held_.empty()) return;
     const Held held = held_[input_.Byte() % held_.size()];
-    const Ref<Object> object = host::ValueAs<Object>(held.value);
+    const Ref<Object> object = host::ValueAs<Object>(HandleValue(held.thing));
     if (!object || object->object_class().definition == nullptr) return;
     const auto& members = object->object_class().members.all();
     const auto chosen = std::next(members.begin(), input_.Below(static_cast<int32_t>(members.size())));

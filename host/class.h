@@ -31,6 +31,7 @@ struct Property {
   std::string set_label;  // "GIFZKV.Count="
   CallForm get_form;
   CallForm set_form;
+  bool native = false;  // the host's own, not registered by the plugin
 };
 
 struct Method {
@@ -50,6 +51,7 @@ struct Method {
   std::string set_label;       // "GifPaletteZKV.Red="
   std::unique_ptr<CallForm> call_form;
   std::unique_ptr<CallForm> set_form;
+  bool native = false;  // as of a property
 };
 
 // What one name of a class (or among the global methods) stands for: a property, or overloaded methods.

@@ -85,6 +85,7 @@ class Host {
   const Class& RequireClass(std::string_view name);  // throws UsageError
   const NameMap<std::unique_ptr<Class>>& classes() const { return classes_; }
   MemberTable& globals() { return globals_; }
+  const MemberTable& globals() const { return globals_; }
   std::vector<Module>& modules() { return modules_; }
   size_t NextClassNumber() { return class_count_++; }
 

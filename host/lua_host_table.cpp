@@ -41,6 +41,7 @@ void PushProperty(lua_State* lua, const Property& property) {
   SetText(lua, "type", property.type.name);
   SetInteger(lua, "flags", property.flags);
   SetBoolean(lua, "readonly", property.setter == nullptr);
+  SetBoolean(lua, "native", property.native);
 }
 
 void PushMethod(lua_State* lua, const Method& method) {
@@ -49,6 +50,7 @@ void PushMethod(lua_State* lua, const Method& method) {
   SetText(lua, "declaration", method.text);
   SetInteger(lua, "flags", method.flags);
   SetBoolean(lua, "assignable", method.setter != nullptr);
+  SetBoolean(lua, "native", method.native);
 }
 
 void SetMembers(lua_State* lua, const MemberTable& members) {

@@ -1,16 +1,17 @@
-// The program: gifhost [OPTION...] [SCRIPT [ARGUMENT...]]
+// The program: gifhost [OPTION...] [SCRIPT or COMMAND [ARGUMENT...]]
 
 #include <unistd.h>
 
 #include <cstdio>
 #include <exception>
-#include <filesystem>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "host/commands.h"
 #include "host/host.h"
 #include "host/options.h"
+#include "host/plugin_file.h"
 #include "host/prompt.h"
 #include "host/script.h"
 
@@ -18,10 +19,6 @@ namespace {
 
 constexpr int kExitScriptFailed = 1;
 constexpr int kExitUsage = 2;
-
-std::string PluginBesideProgram() {
-  return std::filesystem::read_symlink("/proc/self/exe").parent_path() / "gif_plugin.so";
-}
 
 bool RunScript(host::Host& host, const host::ProgramOptions& options) {
   host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
@@ -41,8 +38,11 @@ bool RunScript(host::Host& host, const host::ProgramOptions& options) {
 }
 
 int Run(const host::ProgramOptions& options) {
+  if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
+    return command(options);
+  }
   host::Host host(options.host);
-  host.LoadPlugin(options.plugin.empty() ? PluginBesideProgram() : options.plugin);
+  host.LoadPlugin(host::PluginFile(options));
   const bool succeeded = RunScript(host, options);
   return host::FinalStatus(host, succeeded ? 0 : kExitScriptFailed);
 }

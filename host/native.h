@@ -26,15 +26,7 @@ inline REALmethodDefinition NativeMethod(const char* declaration, REALproc handl
   return {handler, setter, declaration, kMemberFlags, 0, 0};
 }
 
-inline void AddMembers(Class& to, std::span<const REALproperty> properties,
-                       std::span<const REALmethodDefinition> methods) {
-  for (const REALproperty& property : properties) {
-    to.members.Add(std::make_unique<Property>(property, to.name));
-  }
-  for (const REALmethodDefinition& method : methods) {
-    to.members.Add(std::make_unique<Method>(method, to.name, true));
-  }
-}
+void AddMembers(Class& to, std::span<const REALproperty> properties, std::span<const REALmethodDefinition> methods);
 
 // The T behind a handle in a native handler.
 template <class T>

@@ -36,10 +36,12 @@ Bytes RandomFile(std::mt19937& random) {
   ColorMapObject* table = GifMakeMapObject(colours, nullptr);
   for (int i = 0; i < colours; ++i) table->Colors[i].Green = static_cast<GifByteType>(below(256));
   EGifPutScreenDesc(gif, 400, 400, 8, 0, table);
+  const bool local =
+      below(2) == 0;  // for all images: the encoder forgets to release a table before an image without
   for (int image = 1 + below(3); image > 0; --image) {
     const bool small = below(4) == 0, interlaced = below(2) == 0;
     const int width = 1 + below(small ? 9 : 300), height = 1 + below(small ? 9 : 200), run = 1 + below(40);
-    EGifPutImageDesc(gif, below(100), below(100), width, height, interlaced, below(2) ? table : nullptr);
+    EGifPutImageDesc(gif, below(100), below(100), width, height, interlaced, local ? table : nullptr);
     Bytes line(static_cast<size_t>(width));
     for (int y = 0; y < height; ++y) {
       for (size_t x = 0; x < line.size(); ++x) {

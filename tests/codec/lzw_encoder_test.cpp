@@ -28,7 +28,7 @@ Bytes ImageData(int code_size, const std::vector<Bytes>& rows) {
   WriteGifCode(&stream, encoder.get(), encoder->clear_code);  // after the end nothing may change
   WriteGifCode(&stream, encoder.get(), kFlush);
   std::fclose(stream.file);
-  const Bytes data(bytes, bytes + size);
+  Bytes data(bytes, bytes + size);
   std::free(bytes);
   return data;
 }

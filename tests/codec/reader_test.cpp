@@ -94,6 +94,8 @@ std::string Read(const Bytes& file, int64_t* position = nullptr) {
 TEST(Reader, BuildsWhatTheBytesDescribe) {
   const std::string screen = "; 3 258 1 0 1 7 49";
   const Bytes comment = {0x21, 0xFE, 1, 'c', 0};
+  std::string zero_rows;
+  for (int i = 1; i < 3000; ++i) zero_rows += " /000";
   const std::string no_screen = "; 0 0 0 0 0 0 0";
   struct Case {
     const char* name;
@@ -136,8 +138,8 @@ TEST(Reader, BuildsWhatTheBytesDescribe) {
       {"a code size too large", Join({k87a, kScreen, Image(2, 2, 0), {12, 2, 0xFF, 0xFF, 0}, comment}),
        "GIF87a" + screen + "; , 260 5 2 2 0 0 0 0 /00 /00; ! 254: 1x99", 0},
       {"a large image in a few bytes",
-       Join({k87a, kScreen, {0x2C, 0, 0, 0, 0, 0, 255, 0, 0, 0, 8, 1, 0, 0}, comment}),
-       "GIF87a" + screen + "; , 0 0 65280 0 0 0 0 0; ! 254: 1x99", 0},
+       Join({k87a, kScreen, {0x2C, 0, 0, 0, 0, 3, 0, 0xB8, 0x0B, 0}, {2, 1, 0b01'000'001}}),
+       "GIF87a" + screen + "; , 0 0 3 3000 0 0 0 0 /101" + zero_rows, 0},
       {"an image cut off", Join({k87a, kScreen, Image(3, 2, 0), {2, 9, 0b01000001}}),
        "GIF87a" + screen + "; , 260 5 3 2 0 0 0 0 /101 /000", 0},
       {"an unknown introducer", Join({k87a, kScreen, comment, {0}, comment}),

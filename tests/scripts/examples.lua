@@ -2,8 +2,8 @@
 
 local here = arg[0]:gsub("[^/]*$", "")
 local t = dofile(here .. "support.lua")
-local commands = dofile(here .. "support/commands.lua")
-local run = commands.run
+local examples = dofile(here .. "support/examples.lua")
+local run = examples.run
 
 local function extension(label, ...)
   local bytes = "\x21" .. string.char(label)
@@ -52,12 +52,12 @@ t.expect("value", run("tree", "--json=1", "x"), 2)
 
 -- Trees
 local function tree_of(folder, bytes)
-  local _, output, errors = run("tree", commands.write(folder .. "/a", bytes))
+  local _, output, errors = run("tree", examples.write(folder .. "/a", bytes))
   local lines = {}
   for line in output:gmatch("  +([^\n]*)\n") do lines[#lines + 1] = line:gsub("  +", " | ") end
   return lines, errors
 end
-commands.with_folder(function(folder)
+examples.with_folder(function(folder)
   for bytes, expected in pairs {
     [t.sample] = {
       "version | GIF89a",
@@ -89,7 +89,7 @@ commands.with_folder(function(folder)
     for i, line in ipairs(expected) do t.expect("line " .. i, lines[i], line) end
     t.expect("lines", #lines, #expected)
   end
-  local _, json = run("tree", "--json", commands.write(folder .. "/j", kScreen .. extension(0xFE, 'a"\n\xFF') .. image(1, 2, 3, 4)))
+  local _, json = run("tree", "--json", examples.write(folder .. "/j", kScreen .. extension(0xFE, 'a"\n\xFF') .. image(1, 2, 3, 4)))
   t.expect("json", json, '{"blocks":[{"bytes":4,"damaged":false,"index":0,"label":254,"text":"a\\u0022\\u000Aÿ","type":"comment"},' ..
     '{"height":4,"index":1,"interlaced":false,"left":1,"top":2,"type":"image","width":3}],"file":"' .. folder .. '/j",' ..
     '"screen":{"aspect":0,"background":0,"color_resolution":1,"height":1,"width":1},' ..
@@ -98,8 +98,8 @@ commands.with_folder(function(folder)
   -- Cut off anywhere, or with any one byte turned over: no script error
   local damaged = {}
   for i = 1, #t.sample do
-    damaged[#damaged + 1] = commands.write(folder .. "/cut" .. i, t.sample:sub(1, i))
-    damaged[#damaged + 1] = commands.write(
+    damaged[#damaged + 1] = examples.write(folder .. "/cut" .. i, t.sample:sub(1, i))
+    damaged[#damaged + 1] = examples.write(
       folder .. "/turned" .. i, t.sample:sub(1, i - 1) .. string.char(t.sample:byte(i) ~ 0xFF) .. t.sample:sub(i + 1))
   end
   for _, options in ipairs { {}, { "--json" } } do
@@ -115,12 +115,12 @@ commands.with_folder(function(folder)
 end)
 
 -- A folder is checked file by file, in order, in folders within it too.
-commands.with_folder(function(folder)
+examples.with_folder(function(folder)
   assert(os.execute("mkdir " .. folder .. "/in"))
-  commands.write(folder .. "/b.gif", "no GIF")
-  commands.write(folder .. "/in/it's.GIF", t.sample)
-  commands.write(folder .. "/a.gif", kScreen .. image(0, 0, 0, 0))
-  commands.write(folder .. "/c.txt", "")
+  examples.write(folder .. "/b.gif", "no GIF")
+  examples.write(folder .. "/in/it's.GIF", t.sample)
+  examples.write(folder .. "/a.gif", kScreen .. image(0, 0, 0, 0))
+  examples.write(folder .. "/c.txt", "")
   local status, output = run("check", "--jobs=2", folder)
   t.expect("status", status, 1)
   t.expect("lines", output:gsub(folder:gsub("%p", "%%%0"), ""), [[
@@ -134,15 +134,15 @@ ok      /in/it's.GIF: 2 images, 1 extension, 7 pixels
 end)
 
 -- The page escapes what the file says, and warns of mistakes.
-commands.with_folder(function(folder)
-  local path = commands.write(folder .. "/<b>&.gif", table.concat {
+examples.with_folder(function(folder)
+  local path = examples.write(folder .. "/<b>&.gif", table.concat {
     "GIF89a", "\4\0\4\0\x82\9\0", ("\0"):rep(24),
     extension(0xFE, "</blockquote><script>\"'&\1\xFF"),
     extension(0xF9, "\1\1\0\xFF"), image(3, 0, 2, 1),
     extension(0xF9, "\x10\2\0\0"), image(0, 0, 2, 1, ("\0"):rep(24)), image(0, 0, 0, 1),
     extension(0xF9), extension(0xFF, "x") })
   t.expect("status", run("report", path, folder .. "/page"), 0)
-  local page = commands.read(folder .. "/page")
+  local page = examples.read(folder .. "/page")
   for _, part in ipairs {
     "<title>&lt;b&gt;&amp;.gif</title>", "&lt;/blockquote&gt;&lt;script&gt;&quot;&#39;&amp;␁ÿ</blockquote>",
     "<li>plays once (it says nothing of loops)</li>",

@@ -1,16 +1,16 @@
 -- Runs the example scripts as people do: each in a process of its own.
 
 local here = arg[0]:gsub("[^/]*$", "")
-local examples = here .. "../../examples/"
-package.path = examples .. "lib/?.lua;" .. package.path
+local sources = here .. "../../examples/"
+package.path = sources .. "lib/?.lua;" .. package.path
 local processes = require "processes"
 
-local commands = {}
+local examples = {}
 
 -- Gives the exit status, standard output and standard error.
-function commands.run(script, ...)
+function examples.run(script, ...)
   local words = processes.this_program()
-  table.move({ examples .. script .. ".lua", ... }, 1, 1 + select("#", ...), #words + 1, words)
+  table.move({ sources .. script .. ".lua", ... }, 1, 1 + select("#", ...), #words + 1, words)
   local errors = os.tmpname()
   local pipe = io.popen(processes.command(words) .. " 2>" .. errors)
   local output = pipe:read("a")
@@ -21,7 +21,7 @@ function commands.run(script, ...)
 end
 
 -- Calls f with the path of a new folder, and removes that.
-function commands.with_folder(f)
+function examples.with_folder(f)
   local folder = os.tmpname()
   os.remove(folder)
   assert(os.execute("mkdir " .. folder))
@@ -30,15 +30,15 @@ function commands.with_folder(f)
   assert(succeeded, message)
 end
 
-function commands.write(path, bytes)
+function examples.write(path, bytes)
   local file <close> = assert(io.open(path, "wb"))
   file:write(bytes)
   return path
 end
 
-function commands.read(path)
+function examples.read(path)
   local file <close> = assert(io.open(path, "rb"))
   return file:read("a")
 end
 
-return commands
+return examples

@@ -1,0 +1,65 @@
+-- The pages of docs/: their snippets run, and what they say about classes and bytes is so.
+
+local here = arg[0]:gsub("[^/]*$", "")
+local t = dofile(here .. "support.lua")
+
+local function read(name)
+  local file <close> = assert(io.open("docs/" .. name))
+  return file:read("a")
+end
+
+-- Runs each ```lua block in an environment of its own.
+local function run_snippets(name)
+  local line, in_block, from, count = 0, nil, nil, 0
+  for text in (read(name) .. "\n"):gmatch("(.-)\n") do
+    line = line + 1
+    if text == "```lua" then
+      in_block, from = {}, line
+    elseif text == "```" and in_block then
+      local code = ("\n"):rep(from) .. table.concat(in_block, "\n")
+      assert(load(code, "@" .. name, "t", setmetatable({}, { __index = _G })))()
+      in_block, count = nil, count + 1
+    elseif in_block then
+      in_block[#in_block + 1] = text
+    end
+  end
+  return count
+end
+
+-- --- docs/scripting.md ----------------------------------------------------------------------------------------------
+
+assert(run_snippets("scripting.md") > 50, "snippets are missing")
+
+-- Every member as a heading shows it, by class; a module's extension methods as the class has them.
+local function registered(class)
+  local members, known = {}, host.describe(class)
+  for _, property in ipairs(known.properties) do
+    members[("`%s as %s`%s"):format(property.name, property.type, property.readonly and " read-only" or "")] = true
+  end
+  for _, method in ipairs(known.methods) do
+    local declaration = method.declaration:gsub("%(extends ref as %w+%)", ""):gsub("extends ref as %w+, ", "")
+    members[("`%s`%s"):format(declaration, method.assignable and " assignable" or "")] = true
+  end
+  return members
+end
+
+local expected = { ["Global methods"] = registered() }
+for _, class in ipairs(host.classes()) do expected[class] = registered(class) end
+-- Of no use to scripts: the host's pointer for plugins, classes without members of their own or that are tables in Lua.
+expected.MemoryBlock["`Operator_Convert() As Ptr`"] = nil
+for class in pairs(expected) do
+  if class:find("Exception$") or class:find("Application$") then expected[class] = nil end
+end
+
+local class
+for line in read("scripting.md"):gmatch("[^\n]+") do
+  class = line:match("^## (.+)") or class
+  local member = line:match("^### (.+)")
+  if member then
+    assert(expected[class] and expected[class][member], ("%s has no %s"):format(class, member))
+    expected[class][member] = nil
+  end
+end
+for name, members in pairs(expected) do
+  assert(next(members) == nil, ("%s: not on the page: %s"):format(name, next(members)))
+end
