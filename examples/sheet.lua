@@ -83,10 +83,9 @@ end
 
 local function draw_sheet(name, gif, frames)
   local width, height = blocks.screen_size(gif, frames)
-  if width * height > animation.kMostPixels then
-    command.fail(("%s: %d x %d pixels are too many for a sheet"):format(name, width, height))
+  if not animation.can_draw(width, height) then
+    command.fail(("%s: no sheet can be drawn of %d x %d pixels"):format(name, width, height))
   end
-  if width * height == 0 then command.fail(name .. ": the images have no pixels") end
 
   local longest_cs, sum_cs = 0, 0
   for _, frame in ipairs(frames) do
