@@ -107,6 +107,8 @@ class ImageDecoder {
   String strings_[kTableSize];
 };
 
+static_assert(sizeof(ImageDecoder) + sizeof(GifDecoder) < 64 * 1024);  // both lie on the stack
+
 ImageDecoder::ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, int32_t width, int32_t height,
                            bool zeroed)
     : stream_(stream),
@@ -182,7 +184,7 @@ void ImageDecoder::DecodeBatches() {
     in += (63 - bits) >> 3;
     bits |= 56;
     const int64_t first = next;
-    sound = decode() && decode() && decode() && decode();
+    sound = decode() && decode() && decode() && decode();  // NOLINT(misc-redundant-expression): kBatch codes
     bits -= static_cast<int32_t>(next - first) * width;
   }
   exact_->bit_buffer = buffer & ((uint64_t{1} << bits) - 1);

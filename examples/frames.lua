@@ -6,38 +6,40 @@
 -- as it is stored, not what an animation has drawn by then (sheet.lua shows that); a mask is white where the image is
 -- transparent. The folder is made when it is missing.
 
-local function give_up(status, message)
-  io.stderr:write("frames.lua: ", message, "\n")
-  os.exit(status, true)
+package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
+local blocks, command, files, progress = require "blocks", require "command", require "files", require "progress"
+
+local _, operands = command.parse {
+  about = "Saves every image of a GIF, and the mask of its transparent pixels, as PNG files of their own.",
+  operands = "IN.gif FOLDER",
+}
+local input, folder = table.unpack(operands)
+
+local function require_done(done, why)
+  if not done then command.fail(why) end
+  return done
 end
-
-if #arg ~= 2 then give_up(2, "name a GIF file and a folder for the PNG files") end
-local input, folder = table.unpack(arg)
-
-local gif = FolderItem(input):OpenAsGIFZKV()
-if not gif then give_up(1, input .. ": no GIF file") end
-if not host.exists(folder) then os.execute("mkdir -p -- '" .. folder:gsub("'", [['\'']]) .. "'") end
 
 -- Saves what there is, and returns the names of the files.
 local function save(name, picture, mask)
   local saved = {}
   for suffix, shown in pairs { [""] = picture, ["-mask"] = mask } do
     saved[#saved + 1] = name .. suffix .. ".png"
-    local done, problem = pcall(shown.SavePNG, shown, folder .. "/" .. saved[#saved])
-    if not done then give_up(1, problem.message) end
+    require_done(files.save_png(shown, folder .. "/" .. saved[#saved]))
   end
   table.sort(saved)
   return #saved > 0 and table.concat(saved, ", ") or "nothing to save"
 end
 
-local images = 0
-for i, block in pairs(gif) do
-  local image = block.Picture
-  if image then
-    local saved = save(("%03d"):format(images), image:MakePicture(), image:MakeMask())
-    print(("block %3d: %4d x %-4d %s"):format(i, image.Width, image.Height, saved))
-    images = images + 1
-    collectgarbage() -- pictures are large, and Lua sees only their handles
-  end
+local gif = require_done(files.open_gif(input))
+local frames = blocks.frames(blocks.read(gif))
+if #frames == 0 then command.fail(input .. ": no images") end
+require_done(files.make_folder(folder))
+local step = progress.start(#frames, "images")
+for _, frame in ipairs(frames) do
+  local saved = save(("%03d"):format(frame.number), frame.image:MakePicture(), frame.image:MakeMask())
+  progress.clear()
+  print(("block %3d: %4d x %-4d %s"):format(frame.block, frame.width, frame.height, saved))
+  step()
+  collectgarbage() -- pictures are large, and Lua sees only their handles
 end
-if images == 0 then give_up(1, input .. ": no images") end

@@ -1,8 +1,5 @@
 #include "host/lua_value.h"
 
-#include <array>
-#include <cstdio>
-
 #include "host/lua_error.h"
 #include "host/lua_object.h"
 #include "host/string.h"
@@ -14,9 +11,7 @@ Value NumberToValue(lua_State* lua, int index) {
   int is_whole = 0;
   const lua_Integer integer = lua_tointegerx(lua, index, &is_whole);
   if (is_whole != 0) return static_cast<int64_t>(integer);
-  std::array<char, 64> name{};
-  std::snprintf(name.data(), name.size(), "the number " LUA_NUMBER_FMT, lua_tonumber(lua, index));
-  return Foreign{name.data()};
+  return Foreign{"number", lua_tonumber(lua, index)};
 }
 
 }  // namespace
@@ -39,7 +34,7 @@ Value ToValue(lua_State* lua, int index) {
       break;
   }
   if (const Ref<Object>* object = TestObject(lua, index)) return HandleValue(*object);
-  return Foreign{WithArticle(luaL_typename(lua, index))};
+  return Foreign{luaL_typename(lua, index)};
 }
 
 std::vector<Value> ToValues(lua_State* lua, int first, int last) {

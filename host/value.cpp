@@ -9,6 +9,14 @@
 #include "host/text.h"
 
 namespace host {
+namespace {
+
+std::string NameOf(const Foreign& foreign) {
+  if (std::string_view(foreign.type) != "number") return WithArticle(foreign.type);
+  return Text("the number ", foreign.number);
+}
+
+}  // namespace
 
 bool Accepts(const Type& type, const Value& value) {
   using Kind = Type::Kind;
@@ -42,7 +50,7 @@ std::string NameOf(const Value& value) {
   if (std::holds_alternative<std::monostate>(value)) return "nil";
   if (std::holds_alternative<bool>(value)) return "a Boolean";
   if (const auto* integer = std::get_if<int64_t>(&value)) return Text("the Integer ", *integer);
-  if (const auto* foreign = std::get_if<Foreign>(&value)) return foreign->name;
+  if (const auto* foreign = std::get_if<Foreign>(&value)) return NameOf(*foreign);
   return WithArticle(std::get<Ref<Counted>>(value)->type_name());
 }
 
@@ -50,7 +58,7 @@ std::string Show(const Value& value) {
   if (std::holds_alternative<std::monostate>(value)) return "nil";
   if (const auto* boolean = std::get_if<bool>(&value)) return *boolean ? "true" : "false";
   if (const auto* integer = std::get_if<int64_t>(&value)) return Text(*integer);
-  if (const auto* foreign = std::get_if<Foreign>(&value)) return foreign->name;
+  if (const auto* foreign = std::get_if<Foreign>(&value)) return NameOf(*foreign);
   return std::get<Ref<Counted>>(value)->Describe();
 }
 

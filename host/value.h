@@ -9,9 +9,10 @@
 
 namespace host {
 
-// A script's value that no handler takes, by its name for messages ("a table").
+// A script's value that no handler takes: what messages call it.
 struct Foreign {
-  std::string name;
+  const char* type;   // "table"; lives for good
+  double number = 0;  // of a "number", which is then no whole one
 };
 
 // What goes into and comes out of handlers. Nothing stands for nil as well; colours and pointers are

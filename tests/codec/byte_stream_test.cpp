@@ -28,7 +28,7 @@ TEST(ByteStream, PastTheEndComeZerosAndThePositionStays) {
     const size_t readable = c.null_buffer ? 0 : c.bytes.size();
     FILE* file = std::tmpfile();
     ASSERT_NE(file, nullptr);
-    std::fwrite(c.bytes.data(), 1, readable, file);
+    for (size_t i = 0; i < readable; ++i) std::fputc(c.bytes[i], file);
 
     std::vector<uint8_t> expected(c.bytes.begin(), c.bytes.begin() + static_cast<std::ptrdiff_t>(readable));
     expected.resize(8);

@@ -41,8 +41,9 @@ Bytes RandomPixels(Random& random, int width, int height, int depth) {
 Document RandomDocument(Random& random, int width, int height, int images) {
   Document gif(NewGif());
   std::memcpy(gif->header, "GIF89a", 6);
-  *gif->screen = {width, height, 1, 1 + Below(random, 8), Below(random, 2), 1 + Below(random, 8), 0, 0, nullptr};
-  gif->screen->cmap = MakePalette(RandomColours(random, gif->screen->cmap_depth));
+  const int depth = 1 + Below(random, 8);
+  *gif->screen = {width, height, 1, 1 + Below(random, 8), Below(random, 2), depth, 0, 0, gif->screen->cmap};
+  SetPalette(gif->screen->cmap, RandomColours(random, depth));
   gif->screen->bgcolour = Below(random, gif->screen->cmap->count);
   for (int i = 0; i < images; ++i) {
     if (Below(random, 2) == 0) AddExtension(gif.get(), 0xF9, {std::string("\0\x0A\0\0", 4)});
@@ -50,15 +51,15 @@ Document RandomDocument(Random& random, int width, int height, int images) {
     // The first image covers the screen.
     const int w = i == 0 ? width : 1 + Below(random, width), h = i == 0 ? height : 1 + Below(random, height);
     const bool local = Below(random, 2) == 0;
-    const int depth = local ? 1 + Below(random, 8) : gif->screen->cmap_depth;
-    GifPicture* picture = AddPicture(gif.get(), w, h, Below(random, 2) == 0, RandomPixels(random, w, h, depth));
+    const int bits = local ? 1 + Below(random, 8) : depth;
+    GifPicture* picture = AddPicture(gif.get(), w, h, Below(random, 2) == 0, RandomPixels(random, w, h, bits));
     picture->left = Below(random, width - w + 1);
     picture->top = Below(random, height - h + 1);
     picture->reserved = Below(random, 4);
     picture->sorted = local && Below(random, 2) == 0;
     picture->has_cmap = local;
-    picture->cmap_depth = local ? depth : 0;
-    picture->cmap = MakePalette(local ? RandomColours(random, depth) : std::vector<uint32_t>());
+    picture->cmap_depth = local ? bits : 0;
+    picture->cmap = MakePalette(local ? RandomColours(random, bits) : std::vector<uint32_t>());
   }
   return gif;
 }

@@ -48,9 +48,17 @@ class CodePacker {
 Bytes FileBefore(int32_t width, int32_t height, int32_t code_size) {
   const auto byte = [](int32_t value) { return static_cast<uint8_t>(value); };
   Bytes file = {'G', 'I', 'F', '8', '7', 'a', 9, 0, 9, 0, 0, 0, 0};  // screen without a table
-  const Bytes image = {
-      0x2C,           0, 0, 0, 0, byte(width), byte(width >> 8), byte(height), byte(height >> 8), 0 /*packed*/,
-      byte(code_size)};
+  const Bytes image = {0x2C,
+                       0,
+                       0,
+                       0,
+                       0,
+                       byte(width),
+                       byte(width >> 8),
+                       byte(height),
+                       byte(height >> 8),
+                       0 /*packed*/,
+                       byte(code_size)};
   file.insert(file.end(), image.begin(), image.end());
   return file;
 }
@@ -87,7 +95,8 @@ Image ByReader(const Bytes& file) {
   Image image{{}, stream.position};
   if (gif->count == 1 && gif->blocks[0]->picture) {
     const GifPicture* picture = gif->blocks[0]->picture;
-    image.pixels.assign(picture->pixels, picture->pixels + static_cast<size_t>(picture->width) * picture->height);
+    image.pixels.assign(picture->pixels,
+                        picture->pixels + static_cast<size_t>(picture->width) * picture->height);
   }
   DeleteGif(gif);
   return image;
@@ -108,7 +117,11 @@ TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
       {"an undefined code ends the row, not the image", 8, 2, {kClear, 5, 300, 6, 7}, {5, 0, 6, 7}},
       {"a string goes on in the next rows", 8, 2, {kClear, 1, 258, 259, kEnd}, {1, 1, 1, 1, 1, 1}},
       {"a row that fails gets its string again", 8, 2, {kClear, 1, 258, 400, 5}, {1, 1, 1, 0, 1, 5}},
-      {"... as the stack then holds it", 8, 2, {kClear, 1, 2, 258, 260, 400, 9}, {1, 2, 1, 2, 1, 2, 1, 0, 1, 9}},
+      {"... as the stack then holds it",
+       8,
+       2,
+       {kClear, 1, 2, 258, 260, 400, 9},
+       {1, 2, 1, 2, 1, 2, 1, 0, 1, 9}},
       {"one pixel short is a full row", 8, 3, {kClear, 1, 2, kEnd, 260, 258}, {1, 2, 0, 2, 2, 1}},
       {"two pixels short is an error", 8, 3, {kClear, 1, kEnd, 259, 7, 8, 9}, {1, 0, 0, 0, 0, 0, 7, 8, 9}},
       {"an error after a clear forgets the previous code",
@@ -164,7 +177,8 @@ class StreamMaker {
       const int32_t next = packer.NextEntry();
       int32_t code = 0;
       if (Chance(damage)) {
-        code = std::array{clear + 1, clear, next + 1, Below(4096), Below(4096)}[static_cast<size_t>(Below(5))];
+        code =
+            std::array{clear + 1, clear, next + 1, Below(4096), Below(4096)}[static_cast<size_t>(Below(5))];
       } else if (next > 4095 && Chance(clear_when_full)) {
         code = clear;
       } else if (last < 0 || Chance(literals)) {
@@ -174,7 +188,8 @@ class StreamMaker {
       }
       code &= packer.Mask();
       packer.Add(code);
-      if (last >= 0 && next < 4096) lengths[static_cast<size_t>(next)] = lengths[static_cast<size_t>(last)] + 1;
+      if (last >= 0 && next < 4096)
+        lengths[static_cast<size_t>(next)] = lengths[static_cast<size_t>(last)] + 1;
       pixels += lengths[static_cast<size_t>(code)];
       last = code == clear ? -1 : code;
     }
@@ -182,14 +197,17 @@ class StreamMaker {
 
     const int32_t width = Below(Chance(0.5) ? 12 : 300) + 1;
     const auto height = static_cast<int32_t>(std::clamp<int64_t>(
-        static_cast<int64_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2), 1, 20000));
+        static_cast<int64_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2), 1,
+        20000));
     return Pack(packer.Finish(), code_size, width, height);
   }
 
  private:
   int32_t Below(int32_t end) { return std::uniform_int_distribution<int32_t>(0, end - 1)(random_); }
   bool Chance(double chance) { return std::uniform_real_distribution<>(0, 1)(random_) < chance; }
-  double Pick(std::initializer_list<double> from) { return from.begin()[Below(static_cast<int32_t>(from.size()))]; }
+  double Pick(std::initializer_list<double> from) {
+    return from.begin()[Below(static_cast<int32_t>(from.size()))];
+  }
 
   // The sub-blocks, the end of the file and what may have gone wrong with it.
   Made Pack(Bytes data, int32_t code_size, int32_t width, int32_t height) {
@@ -205,8 +223,8 @@ class StreamMaker {
       at += length;
     }
     made.file.insert(made.file.end(), {0, 0x3B});
-    if (Chance(0.1))
-      made.file.resize(made.data + static_cast<size_t>(Below(static_cast<int32_t>(made.file.size() - made.data))));
+    const auto length = static_cast<int32_t>(made.file.size() - made.data);
+    if (Chance(0.1)) made.file.resize(made.data + static_cast<size_t>(Below(length)));
     return made;
   }
 

@@ -1,7 +1,7 @@
 #include "tests/oracle/slow_encoder.h"
 
 #include <algorithm>
-#include <map>
+#include <unordered_map>
 
 namespace {
 
@@ -58,7 +58,7 @@ class CodeWriter {
   }
 
   int code_size_;
-  std::map<int, int> strings_;  // prefix code times 256 plus pixel, to code
+  std::unordered_map<int, int> strings_;  // prefix code times 256 plus pixel, to code
   int next_ = 0;
   int width_ = 0;
   int prefix_ = -1;

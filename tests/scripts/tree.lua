@@ -12,8 +12,12 @@ local function run(...)
     local file <close> = assert(io.open(files[i], "wb"))
     file:write(bytes)
   end
+  files[0] = here .. "../../examples/tree.lua"
   arg = files
-  io.stderr = { write = function(_, name, message) trees[name] = { message } end }
+  io.stderr = { write = function(_, _, _, message)
+    local name, what = message:match("^(.-): (.*)")
+    trees[name] = { what }
+  end }
   os.exit = function(code) status = code end
   local lines
   print = function(line)
@@ -24,7 +28,7 @@ local function run(...)
       lines[#lines + 1] = line:gsub("^ +", ""):gsub("  +", " | ")
     end
   end
-  local succeeded, message = pcall(dofile, here .. "../../examples/tree.lua")
+  local succeeded, message = pcall(dofile, files[0])
   print, os.exit, io.stderr, arg = real_print, real_exit, real_error, real_arg
   for i, name in ipairs(files) do
     os.remove(name)
@@ -50,7 +54,7 @@ local status, trees = run(t.sample, "no GIF", kScreen .. table.concat {
   extension(0x99, "z"),
 })
 t.expect("status", status, 1)
-t.expect("message", trees[2][1], ": no GIF file\n")
+t.expect("message", trees[2][1], "no GIF file")
 for tree, lines in pairs {
   [1] = {
     "version | GIF89a",

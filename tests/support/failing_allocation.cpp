@@ -23,6 +23,7 @@ static bool Refused() {
 }
 
 // The names that the linker's --wrap gives to the caller's side and to the C library's.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 void* __real_calloc(size_t count, size_t size);
 void* __real_malloc(size_t size);
@@ -32,3 +33,4 @@ void* __wrap_calloc(size_t count, size_t size) { return Refused() ? nullptr : __
 void* __wrap_malloc(size_t size) { return Refused() ? nullptr : __real_malloc(size); }
 void* __wrap_realloc(void* memory, size_t size) { return Refused() ? nullptr : __real_realloc(memory, size); }
 }
+// NOLINTEND(bugprone-reserved-identifier)

@@ -71,7 +71,7 @@ inline std::vector<uint8_t> Written(const Gif* gif) {
   MyFILE stream = {nullptr, 0, 0, open_memstream(&bytes, &size)};
   WriteGif(&stream, gif);
   std::fclose(stream.file);
-  const std::vector<uint8_t> written(bytes, bytes + size);
+  std::vector<uint8_t> written(bytes, bytes + size);
   std::free(bytes);
   return written;
 }

@@ -1,0 +1,51 @@
+-- Text and pictures inside a page.
+
+local files, text = require "files", require "text"
+
+local html = {}
+
+local kNames = { ["&"] = "&amp;", ["<"] = "&lt;", [">"] = "&gt;", ['"'] = "&quot;", ["'"] = "&#39;" }
+
+-- Any bytes as text of a page: markup escaped, control characters shown by their symbols.
+function html.escape(bytes)
+  local escaped = text.utf8(tostring(bytes)):gsub("[&<>\"']", kNames)
+  return (escaped:gsub("[\0-\8\11-\31\127]", function(c)
+    return utf8.char(c == "\127" and 0x2421 or c == "\r" and 0x20 or 0x2400 + c:byte())
+  end))
+end
+
+-- The template with each $name replaced by that value, escaped, and each $!name by that value as it stands.
+function html.fill(template, values)
+  return (template:gsub("%$(!?)([%a_]+)", function(as_it_stands, name)
+    local value = values[name]
+    if value == nil then error("no value for $" .. name) end
+    return as_it_stands == "" and html.escape(value) or tostring(value)
+  end))
+end
+
+local kDigits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"
+local pairs_of_digits = {} -- by twelve bits
+for i = 0, 4095 do
+  pairs_of_digits[i] = kDigits:sub((i >> 6) + 1, (i >> 6) + 1) .. kDigits:sub((i & 63) + 1, (i & 63) + 1)
+end
+
+function html.base64(bytes)
+  local parts, padding = {}, -#bytes % 3
+  bytes = bytes .. ("\0"):rep(padding)
+  for i = 1, #bytes, 3 do
+    local a, b, c = bytes:byte(i, i + 2)
+    parts[#parts + 1] = pairs_of_digits[a << 4 | b >> 4]
+    parts[#parts + 1] = pairs_of_digits[(b & 15) << 8 | c]
+  end
+  local digits = table.concat(parts)
+  return digits:sub(1, #digits - padding) .. ("="):rep(padding)
+end
+
+-- The picture as the address of an image; nil and the reason. The path is that of a file to work with.
+function html.picture_address(picture, path)
+  local saved, why = files.save_png(picture, path)
+  if not saved then return nil, why end
+  return "data:image/png;base64," .. html.base64((files.read(path)))
+end
+
+return html

@@ -1,0 +1,26 @@
+#pragma once
+
+// Documents as one run of bytes each, so that two of them can be compared: every field, palette entry, pixel and
+// sub-block, in file order.
+
+#include <cstdint>
+#include <vector>
+
+#include "codec/document.h"
+
+using Bytes = std::vector<uint8_t>;
+
+// What must hold in any document read or assembled is checked on the way; what does not ends the program.
+Bytes Flatten(const Gif* gif);
+
+// The same for the document that a file holds, found without the product's reader and by the slow row decoder alone.
+// At the end, how many of the bytes were read.
+//
+// Once the rows of its images cost more than `limit` bytes, further images are made small in `file` itself.
+Bytes FlattenByOracle(Bytes* file, int64_t limit = 16384);
+
+// The same by the product's reader.
+Bytes FlattenByReader(const Bytes& file);
+
+// Ends the program, saying so, when two flat documents differ.
+void ExpectEqual(const char* what, const Bytes& actual, const Bytes& expected);

@@ -1,0 +1,166 @@
+-- What a script can do with a document, from its bytes to pictures and back, and what must come out of it.
+--
+-- Parts are tables of plain values. Where something failed, parts may be missing, but nothing may be wrong.
+
+local session = {}
+
+-- --- Taking things apart ---------------------------------------------------------------------------------------------
+
+local function palette_parts(palette)
+  if not palette then return nil end
+  local entries = {}
+  for i = 0, palette.Count - 1 do
+    entries[i + 1] = ("%02X%02X%02X"):format(palette:Red(i), palette:Green(i), palette:Blue(i))
+  end
+  return { count = palette.Count, entries = table.concat(entries) }
+end
+
+local function text(bytes) return bytes and tostring(bytes) or nil end
+
+local function picture_parts(picture)
+  if not picture then return nil end
+  local rows = {}
+  for row = 0, math.min(picture.Height, 100) - 1 do rows[row + 1] = text(picture:PixelData(row)) or "" end
+  return {
+    left = picture.Left, top = picture.Top, width = picture.Width, height = picture.Height,
+    depth = picture.PaletteDepth, has_cmap = picture.HasPalette, interlace = picture.Interlace, sorted = picture.Sorted,
+    palette = palette_parts(picture.Palette), rows = rows, data = text(picture.Data), copied = text(picture:CopyData()),
+  }
+end
+
+local function extension_parts(extension)
+  if not extension then return nil end
+  local items = {}
+  for i = 0, extension.Count - 1 do
+    local data = extension:Data(i)
+    items[i + 1] = data and { string = data.DataString, memory = text(data.DataMemory), length = data.Length } or {}
+  end
+  return { marker = extension.Marker, items = items }
+end
+
+function session.block_parts(block)
+  return { intro = block.Intro, picture = picture_parts(block.Picture), extension = extension_parts(block.Extension) }
+end
+
+local function screen_parts(screen)
+  if not screen then return nil end
+  return {
+    width = screen.Width, height = screen.Height, has_cmap = screen.HasPalette, color_res = screen.ColorResolution,
+    sorted = screen.Sorted, depth = screen.PaletteDepth, background = screen.BackgroundColor, aspect = screen.Aspect,
+    palette = palette_parts(screen.Palette),
+  }
+end
+
+function session.parts(document)
+  if not document then return nil end
+  local blocks = {}
+  for i = 0, document.Count - 1 do
+    local block = document:Block(i)
+    blocks[i + 1] = block and session.block_parts(block) or {}
+  end
+  return { header = document.Header, screen = screen_parts(document.Screen), blocks = blocks }
+end
+
+local function surface(picture)
+  return picture and { width = picture.Width, height = picture.Height, rgb = picture:RGB() } or nil
+end
+
+-- --- The session ---------------------------------------------------------------------------------------------------
+
+local function clone(object) return object and object:Clone() end
+
+local function build(document)
+  local made = GIFZKV()
+  made.Header, made.Screen = document.Header, clone(document.Screen)
+  for i = 0, document.Count - 1 do
+    local block = document:Block(i)
+    if block then
+      local copy = GifBlockZKV()
+      copy.Intro = block.Intro
+      copy.Picture = clone(block.Picture)
+      copy.Extension = clone(block.Extension)
+      made:Add(copy)
+    end
+  end
+  return made
+end
+
+local function pictures(document, bytes)
+  local made = { all = {}, of_string = surface(GifStringToPictureZKV(bytes)) }
+  made.first, made.mask = surface(document:MakeFirstPicture()), surface(document:MakeFirstMask())
+  local both = document:MakeFirstPictureWithMask()
+  made.both, made.installed = surface(both), both and surface(both.Mask)
+  for i = 0, document.Count - 1 do
+    local block = document:Block(i)
+    local image = block and block.Picture
+    if image then
+      local one = { surface(image:MakePicture()), surface(image:MakeMask()), surface(image:MakeMask(1)) }
+      made.all[#made.all + 1] = { picture = one[1], mask = one[2], mask1 = one[3] }
+    end
+  end
+  return made
+end
+
+-- A step that ends with an exception gave nothing; only one for memory may come, where something was made to fail.
+session.may_raise = false
+
+local function try(step, ...)
+  local succeeded, result = pcall(step, ...)
+  if succeeded then return result end
+  local for_memory = type(result) == "table" and result.class == "OutOfMemoryException"
+  if not for_memory or not session.may_raise then error(result, 0) end
+end
+
+-- `path` names a file to save to. What could not be made is nil.
+function session.run(bytes, path)
+  local found = {}
+  local document = try(GifStringToGifZKV, bytes)
+  found.opened = try(session.parts, document)
+  if not document then return found end
+  local function step(name, f) found[name] = try(f) end
+  local copy = try(document.Clone, document)
+  local made = try(build, document)
+  step("cloned", function() return session.parts(copy) end)
+  step("built", function() return session.parts(made) end)
+  for name, saved in pairs { saved_view = document, saved_clone = copy, saved_made = made } do
+    step(name, function()
+      local item = FolderItem(path)
+      if not item:SaveAsGIFZKV(saved) then return nil end
+      return session.parts(item:OpenAsGIFZKV())
+    end)
+  end
+  step("pictures", function() return pictures(document, bytes) end)
+  return found
+end
+
+-- --- The judge ------------------------------------------------------------------------------------------------------
+
+local function is_neutral(value)
+  if type(value) == "string" then return value:find("[^\0]") == nil end
+  return value == nil or value == 0 or value == false
+end
+
+-- Nil when `actual` is `expected` but for missing parts, else where it is not. Lists may lack items.
+local function difference(actual, expected, where)
+  if type(actual) ~= "table" or type(expected) ~= "table" then
+    if actual == expected or is_neutral(actual) then return nil end
+    return ("%s is %s, expected %s"):format(where, tostring(actual), tostring(expected))
+  end
+  local next_expected = 1
+  for i, item in ipairs(actual) do
+    while next_expected <= #expected and difference(item, expected[next_expected], "") do
+      next_expected = next_expected + 1
+    end
+    if next_expected > #expected then return ("%s[%d] is none of those expected"):format(where, i) end
+    next_expected = next_expected + 1
+  end
+  for key, value in pairs(actual) do
+    local why = type(key) == "string" and difference(value, expected[key], where .. "." .. key)
+    if why then return why end
+  end
+  return nil
+end
+
+session.difference = difference
+
+return session
