@@ -56,6 +56,7 @@ void CopyScreen(const GifScreenInstance& source, GifScreen* screen) {
   screen->aspect = Low32(source.aspect);
   DeletePalette(screen->cmap);
   screen->cmap = CopyPalette(source.palette);
+  if (source.palette && !screen->cmap) screen->has_cmap = 0;  // what follows would be taken for the table
 }
 
 // At most six characters, over the start of the header that is there.
@@ -88,6 +89,10 @@ GifPicture* AssemblePicture(const GifPictureInstance& source) {
   picture->has_cmap = Truth(source.has_cmap);
   picture->cmap_depth = Low32(source.cmap_depth);
   picture->cmap = CopyPalette(source.palette);
+  if (source.palette && !picture->cmap) {
+    DeletePicture(picture);
+    return nullptr;
+  }
   if (MakeRows(picture)) CopyPixels(source.pixel_block, picture);
   return picture;
 }

@@ -7,21 +7,9 @@
 
 local folder = arg[0]:gsub("[^/]*$", "")
 local session = dofile(folder .. "support/session.lua")
-local make_gif = dofile(folder .. "support/make_gif.lua")
 local path, failing_plugin = ...
 
-local control, comment = { 0xF9, "\1\5\0\2" }, { 0xFE, "first", ("second"):rep(40), "x" }
-local image = { width = 3, height = 9, pixels = ("\0\1\2\3\2\1\1\1\1"):rep(3), interlaced = true }
-local own_table = { width = 4, height = 2, pixels = "\1\0\1\0\0\1\1\1", palette = { 0x102030, 0xFFEEDD } }
-local colours = { 0x000000, 0xFF0000, 0x00FF00, 0x0000FF }
-local documents = {
-  make_gif(5, 9, colours, control, image, comment, own_table),
-  make_gif(1, 1, nil, own_table, control, own_table, own_table, own_table, comment),
-  make_gif(2, 2, colours),
-  "GIF89a" .. ("\xFF"):rep(30),
-}
-
-local function complete(found, expected) return not session.difference(expected, found, "") end
+local documents = dofile(folder .. "support/documents.lua")
 
 -- Runs the session with the n-th of something failing, for each n until all of them succeed.
 local function sweep(what, bytes, fail)
@@ -33,14 +21,11 @@ local function sweep(what, bytes, fail)
     n = n + 1
     local reached = fail(n)
     local found = session.run(bytes, path)
-    local did_fail = reached()
-    -- A copy that lacks parts is written as it is, sound or not.
-    if not complete(found.cloned, expected.cloned) then found.saved_clone = nil end
-    if not complete(found.built, expected.built) then found.saved_made = nil end
-    local why = session.difference(found, expected, "session")
+    local did_fail, complete = reached(), session.is_complete(found, expected)
+    local why = session.wrong(found, expected)
     if why then error(("%s %d: %s"):format(what, n, why)) end
     for class, count in pairs(host.live()) do error(("%s %d: %d of %s alive"):format(what, n, count, class)) end
-    if not did_fail then assert(complete(found, expected), what .. ": parts are missing though nothing failed") end
+    if not did_fail then assert(complete, what .. ": parts are missing though nothing failed") end
   until not did_fail
   return n - 1
 end
@@ -48,7 +33,7 @@ end
 local failed = 0
 for _, bytes in ipairs(documents) do
   if failing_plugin then
-    local fail = assert(package.loadlib(failing_plugin, "FailAllocation"))
+    local fail = assert(package.loadlib(failing_plugin, "FailAllocationByScript"))
     failed = failed + sweep("allocation", bytes, fail)
   else
     for _, name in ipairs {

@@ -16,7 +16,7 @@ int64_t AllocationCount() { return allocations; }
 
 bool AllocationFailed() { return failing_allocation > 0 && allocations >= failing_allocation; }
 
-static bool Refused() {
+bool RefuseAllocation() {
   ++allocations;
   if (failing_allocation == 0 || allocations < failing_allocation) return false;
   return failing_how == Failing::kFromThenOn || allocations == failing_allocation;
@@ -29,8 +29,10 @@ void* __real_calloc(size_t count, size_t size);
 void* __real_malloc(size_t size);
 void* __real_realloc(void* memory, size_t size);
 
-void* __wrap_calloc(size_t count, size_t size) { return Refused() ? nullptr : __real_calloc(count, size); }
-void* __wrap_malloc(size_t size) { return Refused() ? nullptr : __real_malloc(size); }
-void* __wrap_realloc(void* memory, size_t size) { return Refused() ? nullptr : __real_realloc(memory, size); }
+void* __wrap_calloc(size_t count, size_t size) { return RefuseAllocation() ? nullptr : __real_calloc(count, size); }
+void* __wrap_malloc(size_t size) { return RefuseAllocation() ? nullptr : __real_malloc(size); }
+void* __wrap_realloc(void* memory, size_t size) {
+  return RefuseAllocation() ? nullptr : __real_realloc(memory, size);
+}
 }
 // NOLINTEND(bugprone-reserved-identifier)

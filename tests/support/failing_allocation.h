@@ -14,3 +14,6 @@ bool AllocationFailed();
 
 // Allocations since `FailAllocation`.
 int64_t AllocationCount();
+
+// Counts one more allocation; true when it is to fail. For other ways to allocate than those three.
+bool RefuseAllocation();

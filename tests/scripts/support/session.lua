@@ -85,20 +85,22 @@ local function build(document)
   return made
 end
 
+-- Of each image, and of the first in several ways.
 local function pictures(document, bytes)
-  local made = { all = {}, of_string = surface(GifStringToPictureZKV(bytes)) }
-  made.first, made.mask = surface(document:MakeFirstPicture()), surface(document:MakeFirstMask())
-  local both = document:MakeFirstPictureWithMask()
-  made.both, made.installed = surface(both), both and surface(both.Mask)
+  local images = {}
   for i = 0, document.Count - 1 do
     local block = document:Block(i)
     local image = block and block.Picture
     if image then
-      local one = { surface(image:MakePicture()), surface(image:MakeMask()), surface(image:MakeMask(1)) }
-      made.all[#made.all + 1] = { picture = one[1], mask = one[2], mask1 = one[3] }
+      local picture, mask, mask1 = surface(image:MakePicture()), surface(image:MakeMask()), surface(image:MakeMask(1))
+      images[#images + 1] = { picture = picture, mask = mask, mask1 = mask1 }
     end
   end
-  return made
+  local first = { { picture = surface(document:MakeFirstPicture()), mask = surface(document:MakeFirstMask()) } }
+  for i, picture in pairs { document:MakeFirstPictureWithMask(), GifStringToPictureZKV(bytes) } do
+    first[i + 1] = { picture = surface(picture), mask = surface(picture.Mask) }
+  end
+  return images, first
 end
 
 -- A step that ends with an exception gave nothing; only one for memory may come, where something was made to fail.
@@ -114,7 +116,7 @@ end
 -- `path` names a file to save to. What could not be made is nil.
 function session.run(bytes, path)
   local found = {}
-  local document = try(GifStringToGifZKV, bytes)
+  local document = GifStringToGifZKV and try(GifStringToGifZKV, bytes)
   found.opened = try(session.parts, document)
   if not document then return found end
   local function step(name, f) found[name] = try(f) end
@@ -129,7 +131,11 @@ function session.run(bytes, path)
       return session.parts(item:OpenAsGIFZKV())
     end)
   end
-  step("pictures", function() return pictures(document, bytes) end)
+  step("pictures", function()
+    local images, first = pictures(document, bytes)
+    found.first = first
+    return images
+  end)
   return found
 end
 
@@ -161,6 +167,21 @@ local function difference(actual, expected, where)
   return nil
 end
 
-session.difference = difference
+function session.is_complete(found, expected) return not difference(expected, found, "") end
+
+-- Nil when what a session found is what it should have found but for missing parts, else where it is not.
+function session.wrong(found, expected)
+  -- A document that lacks parts is written as it is, sound or not.
+  for saved, from in pairs { saved_view = "opened", saved_clone = "cloned", saved_made = "built" } do
+    if not session.is_complete(found[from], expected[from]) then found[saved] = nil end
+  end
+  -- Without the first image another is the first.
+  for i, first in pairs(found.first or {}) do
+    for _, image in pairs(expected.pictures) do
+      if not difference(first, image, "") then found.first[i] = nil end
+    end
+  end
+  return difference(found, expected, "session")
+end
 
 return session
