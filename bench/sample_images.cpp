@@ -108,8 +108,7 @@ std::vector<uint8_t> EncodeSample(const SampleImage& image) {
   for (int32_t frame = 0; frame < image.frames; ++frame) {
     EGifPutImageDesc(gif, 0, 0, image.width, image.height, false, nullptr);
     for (int32_t y = 0; y < image.height; ++y) {
-      const auto from =
-          static_cast<size_t>((y + frame * 3) % image.height) * static_cast<size_t>(image.width);
+      const auto from = static_cast<size_t>((y + frame * 3) % image.height) * static_cast<size_t>(image.width);
       std::vector<uint8_t> line(image.pixels.begin() + static_cast<std::ptrdiff_t>(from),
                                 image.pixels.begin() + static_cast<std::ptrdiff_t>(from) + image.width);
       EGifPutLine(gif, line.data(), image.width);

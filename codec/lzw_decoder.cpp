@@ -127,9 +127,14 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
     }
     if (last_code != kNoCode) {
       const int32_t defined = decoder->code_count - 2;
-      if (defined >= kTableSize) return;
-      decoder->prefix[defined] = last_code;
-      decoder->suffix[defined] = first;
+      if (defined < kTableSize) {
+        decoder->prefix[defined] = last_code;
+        decoder->suffix[defined] = first;
+      } else if (kUsesFullTable) {
+        decoder->code_count = kTableSize + 2;  // no need to count further
+      } else {
+        return;
+      }
     }
     last_code = code;
   }

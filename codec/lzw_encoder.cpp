@@ -34,9 +34,9 @@ const uint8_t* CodePixels(GifEncoder* encoder, const uint8_t* at, const uint8_t*
   while (at < end) {
     const uint32_t pixel = *at++;
     const uint32_t key = Key(prefix, pixel);
-    const uint32_t slot = FindSlot(table, key);
-    if (const uint32_t entry = table[slot]; entry != kEmptyEntry) {
-      prefix = entry & kCodeMask;
+    uint32_t slot;
+    if (FindString(table, key, slot)) {
+      prefix = table[slot] & kCodeMask;
       continue;
     }
     codes.Put(prefix);

@@ -71,7 +71,9 @@ bool CodeRun(RunStrings& runs, CodeWriter& codes, const uint8_t*& at, const uint
 
 void StoreInTable(GifEncoder* encoder, uint32_t prefix, uint32_t pixel, uint32_t code) {
   const uint32_t key = Key(prefix, pixel);
-  encoder->hash_table[FindSlot(encoder->hash_table, key)] = key << kCodeBits | code;
+  uint32_t slot;
+  FindString(encoder->hash_table, key, slot);
+  encoder->hash_table[slot] = key << kCodeBits | code;
 }
 
 }  // namespace
@@ -118,8 +120,13 @@ const uint8_t* CodeRuns(GifEncoder* encoder, const uint8_t* at, const uint8_t* e
     }
     ++at;
     const uint32_t key = Key(prefix, pixel);
-    const uint32_t slot = again ? 0 : FindSlot(table, key);
-    const uint32_t found = again ? runs.again[prefix] : table[slot] == kEmptyEntry ? 0 : table[slot] & kCodeMask;
+    uint32_t slot = 0;
+    uint32_t found = 0;
+    if (again) {
+      found = runs.again[prefix];
+    } else if (FindString(table, key, slot)) {
+      found = table[slot] & kCodeMask;
+    }
     runs.last_pixel = static_cast<int32_t>(pixel);
     if (found != 0) {
       prefix = found;

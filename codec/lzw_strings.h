@@ -23,11 +23,12 @@ constexpr uint32_t kHashMask = (1 << kHashBits) - 1;
 
 inline uint32_t Key(uint32_t prefix, uint32_t pixel) { return prefix << 8 | pixel; }
 
-// The slot that holds the key's string, or the empty one where it belongs.
-inline uint32_t FindSlot(const uint32_t* table, uint32_t key) {
-  uint32_t slot = (key * 0x9E3779B1U) >> (32 - kHashBits);
-  while (table[slot] != kEmptyEntry && table[slot] >> kCodeBits != key) slot = (slot + 1) & kHashMask;
-  return slot;
+// Finds the slot that holds the key's string, or else (false) the empty one where it belongs.
+inline bool FindString(const uint32_t* table, uint32_t key, uint32_t& slot) {
+  for (slot = key * 0x9E3779B1U >> (32 - kHashBits);; slot = (slot + 1) & kHashMask) {
+    if (table[slot] >> kCodeBits == key) return true;
+    if (table[slot] == kEmptyEntry) return false;
+  }
 }
 
 // The codes on their way into `block`, in local variables while a piece of a line is coded.

@@ -6,17 +6,13 @@
 -- extension that makes players loop, a comment, and for each frame an extension with its delay before its image. The
 -- first image covers the screen; the others hold only the square around the planet. Sections are those of GIF89a.
 
+package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
+local command = require "command"
+
 local kWidth, kHeight = 160, 120
 local kCentreX, kCentreY, kRadius = 80, 60, 45
 local kFrames, kDelayCs = 24, 7 -- hundredths of a second
 local kHues, kShades = 8, 8     -- the colour of hue h in shade s is h * kShades + s: 64 in all
-
-local function give_up(status, message)
-  io.stderr:write("build.lua: ", message, "\n")
-  os.exit(status, true)
-end
-
-if #arg ~= 1 then give_up(2, "name the GIF file to write") end
 
 -- --- Drawing --------------------------------------------------------------------------------------------------------
 
@@ -117,6 +113,9 @@ local function build_image(left, top, width, height, turn)
   return block
 end
 
+local _, operands = command.parse { about = "Builds an animation from nothing: a planet turning.", operands = "OUT.gif" }
+local output = operands[1]
+
 local gif = GIFZKV()
 gif.Header = "GIF89a"
 gif.Screen = build_screen()
@@ -131,5 +130,5 @@ for frame = 0, kFrames - 1 do
   end
 end
 
-if not FolderItem(arg[1]):SaveAsGIFZKV(gif) then give_up(1, arg[1] .. ": cannot be written") end
-print(("%s: %d frames of %d x %d pixels"):format(arg[1], kFrames, kWidth, kHeight))
+if not FolderItem(output):SaveAsGIFZKV(gif) then command.fail(output .. ": cannot be written") end
+print(("%s: %d frames of %d x %d pixels"):format(output, kFrames, kWidth, kHeight))

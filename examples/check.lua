@@ -6,8 +6,9 @@
 -- Every file has a process of its own, so that one that breaks it does not stop the others.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local blocks, command, files = require "blocks", require "command", require "files"
-local processes, progress, text = require "processes", require "progress", require "text"
+local animation, blocks, command = require "animation", require "blocks", require "command"
+local files, processes = require "files", require "processes"
+local progress, text = require "progress", require "text"
 
 local kSeconds = 60 -- that one file may take
 local kTimedOut = 124 -- the status that the command "timeout" gives then
@@ -76,7 +77,7 @@ local function render(all)
     local picture = block.image and block.image:MakePicture()
     if block.image and not (picture and block.image:MakeMask()) then not_shown = not_shown + 1 end
     picture = nil
-    collectgarbage() -- pictures are large, and Lua sees only their handles
+    animation.sweep(block.image and block.image.Width * block.image.Height or 0)
   end
   return not_shown
 end

@@ -5,17 +5,18 @@
 -- An opened document is read-only; its clone is free-standing and can be changed. Frames that hold only what differs
 -- from the frame before make sense in their order alone, so each is made whole first. Sections are those of GIF89a.
 
+package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
+local command, files = require "command", require "files"
+
 local kSlower = 2         -- delays become so many times as long,
 local kLeastDelayCs = 4   -- and no shorter than this, in hundredths of a second
 local kKeep, kRestoreBackground, kRestorePrevious = 1, 2, 3 -- disposals, section 23
 
-local function give_up(status, message)
-  io.stderr:write("edit.lua: ", message, "\n")
-  os.exit(status, true)
-end
-
-if #arg ~= 2 then give_up(2, "name the GIF file to edit and the one to write") end
-local input, output = table.unpack(arg)
+local _, operands = command.parse {
+  about = "Edits an animation: plays it backwards and slower, in the colours of a sunset, and says what changed.",
+  operands = "IN.gif OUT.gif",
+}
+local input, output = table.unpack(operands)
 
 -- --- Colours --------------------------------------------------------------------------------------------------------
 
@@ -148,10 +149,10 @@ local function count_mirrored(made, read)
   return same
 end
 
-local opened = FolderItem(input):OpenAsGIFZKV()
-if not opened then give_up(1, input .. ": no GIF file") end
+local opened, why = files.open_gif(input)
+if not opened then command.fail(why) end
 local before = summary(opened)
-if before.frames == 0 then give_up(1, input .. ": holds no image") end
+if before.frames == 0 then command.fail(input .. ": holds no image") end
 
 local gif = opened:Clone()
 local frames, others = take_apart(gif)
@@ -163,7 +164,7 @@ for i, frame in ipairs(frames) do
   made[i] = tostring(frame.image.Data)
 end
 if not FolderItem(output):SaveAsGIFZKV(put_together(gif, frames, others)) then
-  give_up(1, output .. ": cannot be written")
+  command.fail(output .. ": cannot be written")
 end
 
 local after = summary(FolderItem(output):OpenAsGIFZKV())

@@ -4,22 +4,20 @@
 --
 -- The shortest way from bytes to a picture: no document, no blocks, one call.
 
-local function give_up(status, message)
-  io.stderr:write("first.lua: ", message, "\n")
-  os.exit(status, true)
-end
+package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
+local command, files = require "command", require "files"
 
-if #arg ~= 2 then give_up(2, "name a GIF file and the PNG file to write") end
-local input, output = table.unpack(arg)
+local _, operands = command.parse {
+  about = "Saves the first image of a GIF as a PNG file, its transparent colour as transparency.",
+  operands = "IN.gif OUT.png",
+}
+local input, output = table.unpack(operands)
 
-local file, why = io.open(input, "rb")
-if not file then give_up(1, why) end
-local bytes = file:read("a")
-file:close()
+local bytes, why = files.read(input)
+if not bytes then command.fail(why) end
+local picture = GifStringToPictureZKV(bytes)
+if not picture then command.fail(input .. ": no GIF file with an image that can be shown") end
 
-local picture = GifStringToPictureZKV(bytes or "")
-if not picture then give_up(1, input .. ": no GIF file with an image that can be shown") end
-
-local saved, problem = pcall(picture.SavePNG, picture, output)
-if not saved then give_up(1, problem.message) end
+local saved, problem = files.save_png(picture, output)
+if not saved then command.fail(problem) end
 print(("%s: %d x %d pixels"):format(output, picture.Width, picture.Height))

@@ -7,7 +7,8 @@
 -- transparent. The folder is made when it is missing.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local blocks, command, files, progress = require "blocks", require "command", require "files", require "progress"
+local animation, blocks, command = require "animation", require "blocks", require "command"
+local files, progress = require "files", require "progress"
 
 local _, operands = command.parse {
   about = "Saves every image of a GIF, and the mask of its transparent pixels, as PNG files of their own.",
@@ -41,5 +42,5 @@ for _, frame in ipairs(frames) do
   progress.clear()
   print(("block %3d: %4d x %-4d %s"):format(frame.block, frame.width, frame.height, saved))
   step()
-  collectgarbage() -- pictures are large, and Lua sees only their handles
+  animation.sweep(frame.width * frame.height)
 end

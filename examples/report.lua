@@ -115,16 +115,23 @@ end
 local function transparent_pixels(frame) return frame.transparent and frame.counts and frame.counts[frame.transparent] or 0 end
 
 local kPicture = [[
-<figure><img class="check" src="$address" style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
+<figure><img class="check" $!source style="$style" alt="image $number"><figcaption>Image</figcaption></figure>]]
 local kMask = [[
 <figure class="mask"><span><img style="$style" alt="mask of image $number"></span>
 <figcaption>Mask</figcaption></figure>]]
 
--- The address is nil for an image that can't be shown.
+-- Whether the image is all that is seen when it is drawn: the page holds it once then.
+local function is_whole_frame(frame, found)
+  return not frame.transparent and frame.left == 0 and frame.top == 0 and
+    frame.width == found.width and frame.height == found.height
+end
+
+-- The address is nil for an image that can't be shown, empty for one that the page takes from the timeline.
 local function views(frame, address)
   if not address then return '<p class="quiet">It can’t be shown.</p>' end
   local values = {
-    number = frame.number, address = address, style = fitted(frame.width, frame.height, kCardBox[1], kCardBox[2]) }
+    number = frame.number, style = fitted(frame.width, frame.height, kCardBox[1], kCardBox[2]),
+    source = address == "" and ('data-frame="%d"'):format(frame.number) or ('src="%s"'):format(address) }
   return html.fill(kPicture, values) .. (transparent_pixels(frame) > 0 and html.fill(kMask, values) or "")
 end
 
@@ -152,7 +159,7 @@ end
 
 local kFrame = [[
 <li><button type="button" tabindex="-1" data-delay="$delay_cs" style="--share:$share">
-<img class="check" src="$address" style="$style" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
+<img class="check" src="$!address" style="$style" alt="" decoding="async"><b>$number</b> <span>$delay</span></button></li>]]
 
 local function frame_item(frame, found, address, longest_cs)
   return html.fill(kFrame, {
@@ -175,29 +182,31 @@ local function scaled(picture, scale)
   return small
 end
 
--- The items of the timeline and the cards of the images, in one go: both need every picture.
+-- The items of the timeline and the cards of the images, in one go: both need every picture. There is no timeline of
+-- what can't be drawn.
 local function draw(found, path)
   local items, cards, longest_cs = {}, {}, 1
   for _, frame in ipairs(found.frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
-  local scale = math.sqrt(kMostPixels / math.max(1, found.sums.pixels + #found.frames * found.width * found.height))
+  local drawn = animation.can_draw(found.width, found.height)
+  local pixels = found.sums.pixels + (drawn and #found.frames * found.width * found.height or 0)
+  local scale = math.sqrt(kMostPixels / math.max(1, pixels))
   local step = progress.start(#found.frames, "frames")
   local function address(picture)
     return picture and require_done(html.picture_address(scaled(picture, scale), path))
   end
-  animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
-    items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
-    cards[#cards + 1] = image_card(frame, found, address(picture))
+  local function add_card(frame, picture)
+    cards[#cards + 1] = image_card(frame, found, picture and is_whole_frame(frame, found) and "" or address(picture))
     step()
-  end)
+  end
+  if drawn then
+    animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
+      items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
+      add_card(frame, picture)
+    end)
+  else
+    for _, frame in ipairs(found.frames) do add_card(frame, animation.picture_of(frame)) end
+  end
   return items, cards
-end
-
--- What can't be drawn is told.
-local function draw_what_can_be(found, path)
-  local cards, pixels = {}, found.width * found.height
-  if pixels > 0 and pixels <= animation.kMostPixels then return draw(found, path) end
-  for i, frame in ipairs(found.frames) do cards[i] = image_card(frame, found, nil) end
-  return {}, cards
 end
 
 -- --- Blocks --------------------------------------------------------------------------------------------------------------
@@ -243,12 +252,13 @@ end
 local function page(found)
   local path = os.tmpname()
   local remove <close> = setmetatable({}, { __close = function() os.remove(path) end })
-  local items, cards = draw_what_can_be(found, path)
+  local items, cards = draw(found, path)
   local longest = math.max(found.width, found.height, 1)
   local function part(name) return require_done(files.read(here .. "report/page." .. name)) end
   return html.fill(part("html"), {
     name = found.path:match("[^/]*$"), style = part("css"), script = part("js"),
     facts = facts(found), comments = comments(found), warnings = warning_list(found),
+    shown_as = #found.frames < 2 and "Picture" or "Animation",
     plays = #found.frames < 2 and 1 or found.sums.loops == 0 and 0 or (found.sums.loops or 0) + 1,
     width_px = found.width * math.max(1, kLeastSide // longest) .. "px", has_frames = #items > 0 and "" or "hidden",
     frames = table.concat(items, "\n"), images = table.concat(cards, "\n"), has_images = #cards > 0 and "" or "hidden",

@@ -44,8 +44,8 @@ end
 local function best_columns(count, cell_width, cell_height)
   local ideal = math.ceil(math.sqrt(count * 1.5 * cell_height / cell_width))
   local best, fewest = 1, math.huge
-  for columns = math.max(1, ideal - 1), math.min(count, ideal + 1) do
-    local empty = -count % columns
+  for _, columns in ipairs { ideal, ideal + 1, ideal - 1 } do
+    local empty = columns > 0 and columns <= count and -count % columns or math.huge
     if empty < fewest then best, fewest = columns, empty end
   end
   return best
@@ -83,10 +83,9 @@ end
 
 local function draw_sheet(name, gif, frames)
   local width, height = blocks.screen_size(gif, frames)
-  if width * height > animation.kMostPixels then
-    command.fail(("%s: %d x %d pixels are too many for a sheet"):format(name, width, height))
+  if not animation.can_draw(width, height) then
+    command.fail(("%s: no sheet can be drawn of %d x %d pixels"):format(name, width, height))
   end
-  if width * height == 0 then command.fail(name .. ": the images have no pixels") end
 
   local longest_cs, sum_cs = 0, 0
   for _, frame in ipairs(frames) do

@@ -12,8 +12,8 @@
 namespace host {
 namespace {
 
-// A type in an annotation. Objects may be nil; whether `type` is written as its class spells it does not matter to
-// scripts, but it does to editors.
+// A type in an annotation. Objects may be nil. Classes are spelt as they are registered: letter case matters to
+// editors.
 std::string LuaType(Host& host, const Type& type) {
   switch (type.kind) {
     case Type::Kind::kNothing:

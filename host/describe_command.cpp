@@ -37,6 +37,7 @@ void Print(const std::string& text) { std::printf("%s\n", text.c_str()); }
 template <class Item>
 std::string JsonList(const std::vector<Item>& items, const std::function<std::string(const Item&)>& to_json) {
   std::vector<std::string> values;
+  values.reserve(items.size());
   for (const Item& item : items) values.push_back(to_json(item));
   return JsonArray(values);
 }

@@ -2,6 +2,7 @@
 
 #include <gd.h>
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -25,6 +26,48 @@ using Image = std::unique_ptr<gdImage, DestroyImage>;
 // libgd counts transparency from 0 (opaque) to 127.
 constexpr uint32_t kGdTransparent = 127;
 
+// The colours met so far and their indexes, in a hash table that is at most a quarter full.
+class ColorTable {
+ public:
+  explicit ColorTable(gdImagePtr image) : image_(image) { slots_.fill({0, -1}); }
+
+  // -1 when there is no room for another colour.
+  int IndexOf(int color) {
+    size_t at = (static_cast<uint32_t>(color) * 2654435761u) >> 22;
+    for (; slots_[at].index >= 0; at = (at + 1) % slots_.size()) {
+      if (slots_[at].color == color) return slots_[at].index;
+    }
+    const int index = gdImageColorAllocateAlpha(image_, gdTrueColorGetRed(color), gdTrueColorGetGreen(color),
+                                                gdTrueColorGetBlue(color), gdTrueColorGetAlpha(color));
+    if (index >= 0) slots_[at] = {color, index};
+    return index;
+  }
+
+ private:
+  struct Slot {
+    int color;
+    int index;
+  };
+  std::array<Slot, 1024> slots_;
+  gdImagePtr image_;
+};
+
+// The same image with a table of its colours, because such files are mostly smaller and sooner written. Null when a
+// table can't hold them all.
+Image WithColorTable(const gdImage& image) {
+  Image copy(gdImageCreate(image.sx, image.sy));
+  if (!copy) return nullptr;
+  ColorTable table(copy.get());
+  for (int y = 0; y < image.sy; ++y) {
+    for (int x = 0; x < image.sx; ++x) {
+      const int index = table.IndexOf(image.tpixels[y][x]);
+      if (index < 0) return nullptr;
+      copy->pixels[y][x] = static_cast<unsigned char>(index);
+    }
+  }
+  return copy;
+}
+
 std::string SystemMessage(const std::string& path) { return Text(path, ": ", std::strerror(errno)); }
 
 }  // namespace
@@ -42,7 +85,8 @@ std::string SavePng(const Picture& picture, const std::string& path) {
   gdImageSaveAlpha(image.get(), picture.mask() ? 1 : 0);
   const File file(std::fopen(path.c_str(), "wb"));
   if (!file) return SystemMessage(path);
-  gdImagePng(image.get(), file.get());
+  const Image with_table = WithColorTable(*image);
+  gdImagePng(with_table ? with_table.get() : image.get(), file.get());
   return std::fflush(file.get()) == 0 ? "" : SystemMessage(path);
 }
 

@@ -2,10 +2,15 @@
 
 local animation = {}
 
-animation.kMostPixels = 1 << 26 -- of a logical screen that is drawn
-
+local kMostPixels, kLongestSide = 1 << 26, 32767 -- of what is drawn
+local kPixelsBetweenSweeps = 1 << 21
 local kBlack, kWhite = 0x000000, 0xFFFFFF -- in a mask: opaque, transparent
 local kRestoreBackground, kRestorePrevious = 2, 3
+
+-- Whether something of this size, a logical screen or an image, is drawn: it is not empty, nor too large.
+function animation.can_draw(width, height)
+  return width > 0 and height > 0 and math.max(width, height) <= kLongestSide and width * height <= kMostPixels
+end
 
 local function new_canvas(width, height)
   local canvas = Picture(width, height)
@@ -21,9 +26,9 @@ local function copy_of(canvas)
   return copy
 end
 
--- The picture of a frame with its transparent pixels as mask; nil for an image without pixels or colours.
+-- The picture of a frame with its transparent pixels as mask; nil for an image without colours, or not drawn.
 function animation.picture_of(frame)
-  local picture = frame.image:MakePicture()
+  local picture = animation.can_draw(frame.width, frame.height) and frame.image:MakePicture() or nil
   if picture and frame.transparent then picture.Mask = frame.image:MakeMask(frame.transparent) end
   return picture
 end
@@ -41,6 +46,16 @@ local function draw_frame(canvas, frame, picture)
   end
 end
 
+-- Gives back the memory of pictures no longer in use: they are large, and Lua sees only their handles. Not after each
+-- small one, because every sweep goes through all that a script holds.
+local unswept = 0 -- pixels
+function animation.sweep(pixels)
+  unswept = unswept + pixels
+  if unswept < kPixelsBetweenSweeps then return end
+  collectgarbage()
+  unswept = 0
+end
+
 -- Calls show(frame, canvas, picture) for each frame, with what is seen then and the frame's own picture (nil when it
 -- has none). The disposal of an image takes effect just before the next one is drawn.
 function animation.play(frames, width, height, show)
@@ -55,8 +70,8 @@ function animation.play(frames, width, height, show)
     elseif before then
       canvas = before
     end
-    picture = nil
-    collectgarbage() -- pictures are large, and Lua sees only their handles
+    picture, before = nil, nil
+    animation.sweep(width * height)
   end
 end
 

@@ -4,7 +4,7 @@ local blocks, files = require "blocks", require "files"
 
 local survey = {}
 
-survey.kMostPixels = 1 << 26 -- of an image whose pixels are looked at
+local kMostPixels = 1 << 26 -- of an image whose pixels are looked at
 
 -- The colours of a table, from index 0 at [1] on; none for nil.
 local function colours_of(palette)
@@ -41,7 +41,7 @@ local function look_at(frame, screen_colours)
   frame.own_colours = #own > 0
   frame.colours = frame.own_colours and own or screen_colours
   frame.interlaced = image.Interlace
-  local few_enough = frame.width * frame.height <= survey.kMostPixels
+  local few_enough = frame.width * frame.height <= kMostPixels
   frame.counts = few_enough and count_values(tostring(image.Data or "")) or nil
 end
 
@@ -62,7 +62,7 @@ function survey.highest_used(counts)
   return -1
 end
 
--- Surveys a file, calling step(noun, total) to get the function called after each image; nil and the reason.
+-- Surveys a file; nil and the reason. start_progress(number, noun) gives what is called after each image.
 function survey.of(path, start_progress)
   local gif, why = files.open_gif(path)
   if not gif then return nil, why end

@@ -1,6 +1,6 @@
 -- What in a GIF is likely to be a mistake, in sentences that say what comes of it.
 
-local survey, text = require "survey", require "text"
+local animation, survey, text = require "animation", require "survey", require "text"
 
 local warnings = {}
 
@@ -48,6 +48,9 @@ function warnings.of(found)
   if found.screen_width * found.screen_height == 0 then
     say("The logical screen is %d × %d pixels. Viewers guess its size.", found.screen_width, found.screen_height)
   end
+  if found.width * found.height > 0 and not animation.can_draw(found.width, found.height) then
+    say("The screen is %d × %d pixels, more than many viewers can show. It is not drawn here.", found.width, found.height)
+  end
   if #found.colours > 0 and found.background >= #found.colours then
     say("The background index, %d, lies beyond the %d colours of the global table.", found.background, #found.colours)
   end
@@ -67,7 +70,7 @@ function warnings.of(found)
   end
   for _, block in ipairs(found.blocks) do
     if block.extension and block.extension.damaged then
-      say("Block %d: a %s that is too short to be read.", block.index, block.extension.kind)
+      say("Block %d (%s): too short to be read.", block.index, block.extension.kind)
     end
   end
   return sentences

@@ -98,7 +98,11 @@ if (frames.length > 0) {
   }
 }
 
-// --- Masks: black where the image is opaque. ---
+// --- Images that the page holds once, and masks: black where the image is opaque. ---
+
+for (const image of document.querySelectorAll('img[data-frame]')) {
+  image.src = frames[image.dataset.frame].querySelector('img').src;
+}
 
 for (const mask of document.querySelectorAll('.mask img')) {
   mask.src = mask.closest('.views').querySelector('img').src;

@@ -8,27 +8,27 @@ local function read(name)
   return file:read("a")
 end
 
--- Runs each ```lua block in an environment of its own.
+-- Runs each ```lua block in an environment of its own. Gives what the last one returned, and how many there are.
 local function run_snippets(name)
-  local line, in_block, from, count = 0, nil, nil, 0
+  local line, in_block, from, count, result = 0, nil, nil, 0, nil
   for text in (read(name) .. "\n"):gmatch("(.-)\n") do
     line = line + 1
     if text == "```lua" then
       in_block, from = {}, line
     elseif text == "```" and in_block then
       local code = ("\n"):rep(from) .. table.concat(in_block, "\n")
-      assert(load(code, "@" .. name, "t", setmetatable({}, { __index = _G })))()
+      result = assert(load(code, "@" .. name, "t", setmetatable({}, { __index = _G })))()
       in_block, count = nil, count + 1
     elseif in_block then
       in_block[#in_block + 1] = text
     end
   end
-  return count
+  return result, count
 end
 
 -- --- docs/scripting.md ----------------------------------------------------------------------------------------------
 
-assert(run_snippets("scripting.md") > 50, "snippets are missing")
+assert(select(2, run_snippets("scripting.md")) > 50, "snippets are missing")
 
 -- Every member as a heading shows it, by class; a module's extension methods as the class has them.
 local function registered(class)
@@ -62,4 +62,30 @@ for line in read("scripting.md"):gmatch("[^\n]+") do
 end
 for name, members in pairs(expected) do
   assert(next(members) == nil, ("%s: not on the page: %s"):format(name, next(members)))
+end
+
+-- --- docs/gif-by-hand.md --------------------------------------------------------------------------------------------
+
+local bytes = read("gif-by-hand.md"):match("```hex\n(.-)```"):gsub(";[^\n]*", ""):gsub("%s+", "")
+    :gsub("%x%x", function(hex) return string.char(tonumber(hex, 16)) end)
+local by_hand = GifStringToGifZKV(bytes)
+t.expect("pixels", tostring(by_hand.FirstBlock.Picture.Data), "\0\1\0\1\1\1\0\1\0")
+t.expect("picture", by_hand:MakeFirstPicture():Pixel(1, 0), 0xC00000)
+for what, gif in pairs { opened = by_hand, cloned = by_hand:Clone(), ["by script"] = run_snippets("gif-by-hand.md") } do
+  t.expect(what, t.saved(gif), bytes)
+end
+t.expect("bytes of an empty document", #t.saved(GIFZKV()), 14)
+
+-- --- docs/host-interface.md -----------------------------------------------------------------------------------------
+
+local page, functions = read("host-interface.md"), 2 -- the two of the start are not kept in the table
+for rule, form, name in read("../plugin/host_functions.h"):gmatch('\ninline HostFunction(%a*)<([^\n]-)>%s+%w+%s*{"(%w+)"};') do
+  local row = page:match(("\n| `%s` | `%s` | ([^\n]*)"):format(name, form:gsub("%p", "%%%0")))
+  assert(row, name .. ": no row of that form")
+  t.expect(name .. " is asked for again", row:find("*Again.*", 1, true) ~= nil, rule == "UntilFound")
+  functions = functions + 1
+end
+t.expect("host functions", select(2, page:gsub("\n| `%w+` | `[^\n]*`", "")), functions)
+for record, size in page:gmatch("\n| `(%w+)` +| (%d+)") do
+  assert(read("../plugin/host_records.h"):find(("sizeof(%s) == %s"):format(record, size), 1, true), record)
 end

@@ -1,0 +1,3 @@
+#define STB_IMAGE_IMPLEMENTATION
+#define STBI_ONLY_GIF
+#include <stb/stb_image.h>

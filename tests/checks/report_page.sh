@@ -1,0 +1,44 @@
+#!/usr/bin/env bash
+# What the page of examples/report.lua does in a real browser: its script runs, keys step and play the frames, nothing is
+# fetched. Arguments: the script host, the folder of examples, a GIF of 16 frames. Status 77: there is no browser.
+set -euo pipefail
+gifhost="$1" examples="$2" gif="$3"
+
+browser="$(command -v chromium || command -v chromium-browser || true)"
+[ -n "$browser" ] || { echo "skipped: the Debian package chromium is not installed"; exit 77; }
+folder="$(mktemp -d)"
+trap 'rm -rf "$folder"' EXIT
+"$gifhost" "$examples/report.lua" "$gif" "$folder/page.html"
+
+cat >> "$folder/page.html" <<'END'
+<script>
+const seen = [];
+const press = key => (document.activeElement ?? document.body).dispatchEvent(
+    new KeyboardEvent('keydown', {key, bubbles: true, cancelable: true}));
+const note = what => seen.push(what + '=' + document.querySelector('.strip [aria-current] b').textContent);
+note('start');
+press('ArrowRight'); press('ArrowRight'); note('right');
+press('ArrowLeft'); press('ArrowLeft'); press('ArrowLeft'); note('round');
+document.querySelector('.strip [aria-current]').focus();
+press('Home'); note('home');
+press('ArrowRight'); seen.push('focus=' + document.activeElement.querySelector('b').textContent);
+press(' '); seen.push(document.querySelector('.play').textContent);
+press('ArrowRight'); seen.push(document.querySelector('.play').textContent);
+document.querySelector('article details').open = true;
+const images = [...document.images];
+setTimeout(() => {
+  seen.push('broken=' + images.filter(image => !image.naturalWidth).length);
+  seen.push('fetched=' + performance.getEntriesByType('resource').filter(entry => !entry.name.startsWith('data:')).length);
+  seen.push('swatches=' + document.querySelectorAll('article details[open] .palette li').length);
+  document.body.append('Seen: ' + seen.join(' ') + '.');
+}, 500);
+</script>
+END
+
+options=(--headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking
+         --disable-component-update --disable-sync --user-data-dir="$folder/profile" --virtual-time-budget=3000)
+page="$(timeout 100 "$browser" "${options[@]}" --dump-dom "file://$folder/page.html" 2> "$folder/errors")" ||
+  { cat "$folder/errors"; exit 1; }
+seen="$(grep -o 'Seen: [^.]*\.' <<< "$page" | tail -1)"
+expected="Seen: start=0 right=2 round=15 home=0 focus=1 Pause Play broken=0 fetched=0 swatches=64."
+[ "$seen" = "$expected" ] || { printf '%s\nexpected\n%s\n' "$seen" "$expected"; exit 1; }

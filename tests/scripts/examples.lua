@@ -1,0 +1,158 @@
+-- The example scripts: their command lines, what they print of odd and damaged files, what they write.
+
+local here = arg[0]:gsub("[^/]*$", "")
+local t = dofile(here .. "support.lua")
+local examples = dofile(here .. "support/examples.lua")
+local run = examples.run
+
+local function extension(label, ...)
+  local bytes = "\x21" .. string.char(label)
+  for _, sub_block in ipairs { ... } do bytes = bytes .. ("s1"):pack(sub_block) end
+  return bytes .. "\0"
+end
+-- Its data are two pixels of index 3, whatever its size.
+local function image(left, top, width, height, colours)
+  return "\x2C" .. ("<I2I2I2I2B"):pack(left, top, width, height, colours and 0x82 or 0) ..
+    (colours or "") .. "\2\2\xDC\x0A\0"
+end
+local kScreen = "GIF89a" .. "\1\0\1\0" .. "\0\0\0"
+local kOdd = kScreen .. table.concat {
+  extension(0xFF, "NETSCAPE2.0", "\1\0\0"), extension(0xFF, "NETSCAPE2.0", "\1\3\0"), extension(0xFF, "NETSCAPE2.0", "\1"),
+  extension(0xFF, "short"), extension(0xFF),
+  extension(0xF9, "\x1F\xFF\xFF\7"), extension(0xF9, "\4\1\0"),
+  extension(0xFE, "it's \"\0\x1B[2J\xFF\\\n"), extension(0xFE, ("x"):rep(255), "y"), extension(0xFE),
+  extension(0x01, ("<I2I2I2I2BBBB"):pack(1, 2, 3, 4, 5, 6, 7, 8), "Hi"), extension(0x01, "Hi"),
+  extension(0x99, "z"),
+}
+
+-- Command lines: script, arguments, status, the end of the one line that is said.
+local kOperands = {
+  first = "IN.gif OUT.png", build = "OUT.gif", edit = "IN.gif OUT.gif",
+  tree = "FILE...", frames = "IN.gif FOLDER", sheet = "IN.gif OUT.png", report = "IN.gif OUT.html", check = "PATH...",
+}
+for script, operands in pairs(kOperands) do
+  local status, output = run(script, "--help")
+  t.expect(script .. " --help", status, 0)
+  assert(output:find(operands, 1, true) and output:find("--help", 1, true), output)
+  for _, row in ipairs {
+    { {}, 2, ": expected " .. operands .. "; --help tells more\n" },
+    { { "--wrong", "a", "b" }, 2, ": unknown option --wrong; --help tells more\n" },
+    { { "--", "-no/such/place", operands:find(" ") and "b" or nil }, 1, ": -no/such/place: " },
+  } do
+    local arguments, expected_status, message = table.unpack(row)
+    local got, _, errors = run(script, table.unpack(arguments))
+    t.expect(script .. message, got, expected_status)
+    assert(errors:find(message, 1, true) and not errors:find("\n."), errors)
+  end
+end
+for _, arguments in ipairs { { "--jobs" }, { "--jobs=0" }, { "--jobs", "1.5" } } do
+  t.expect("jobs", run("check", "x", table.unpack(arguments)), 2)
+end
+t.expect("value", run("tree", "--json=1", "x"), 2)
+
+-- Trees
+local function tree_of(folder, bytes)
+  local _, output, errors = run("tree", examples.write(folder .. "/a", bytes))
+  local lines = {}
+  for line in output:gmatch("  +([^\n]*)\n") do lines[#lines + 1] = line:gsub("  +", " | ") end
+  return lines, errors
+end
+examples.with_folder(function(folder)
+  for bytes, expected in pairs {
+    [t.sample] = {
+      "version | GIF89a",
+      "logical screen | 5 x 4 pixels, 4 bits per primary colour, background 3, pixel aspect 1.00",
+      "global table | 4 colours, sorted",
+      "0 | graphic control | delay 7.70 s, transparent 4",
+      "1 | image | 3 x 2 | at (1, 2) | interlaced, local table of 2 colours, sorted",
+      "2 | image | 1 x 1 | at (0, 0)",
+      "sum | 2 images, 1 extension, 7 pixels, 7.70 s",
+    },
+    [kOdd] = {
+      "version | GIF89a", "logical screen | 1 x 1 pixels, 1 bit per primary colour, background 0", "global table | none",
+      '0 | application | "NETSCAPE2.0", loops forever, 14 bytes in 2 sub-blocks',
+      '1 | application | "NETSCAPE2.0", loops 3 times, 14 bytes in 2 sub-blocks',
+      '2 | application | "NETSCAPE2.0", 12 bytes in 2 sub-blocks',
+      "3 | application | damaged, 5 bytes in 1 sub-block", "4 | application | damaged, 0 bytes in 0 sub-blocks",
+      "5 | graphic control | delay 655.35 s, disposal 7 (unknown), transparent 7, waits for input",
+      "6 | graphic control | damaged, 3 bytes in 1 sub-block",
+      [[7 | comment | "it's \"\x00\x1B[2J\xFF\\\n", 14 bytes in 1 sub-block]],
+      '8 | comment | "' .. ("x"):rep(60) .. '"..., 256 bytes in 2 sub-blocks',
+      '9 | comment | "", 0 bytes in 0 sub-blocks',
+      '10 | plain text | "Hi", 3 x 4 at (1, 2), cells 5 x 6, colours 7 on 8, 14 bytes in 2 sub-blocks',
+      "11 | plain text | damaged, 2 bytes in 1 sub-block",
+      "12 | extension 0x99 | 1 byte in 1 sub-block",
+      "sum | 0 images, 13 extensions, 0 pixels, 655.35 s, loops 3 times",
+    },
+  } do
+    local lines = tree_of(folder, bytes)
+    for i, line in ipairs(expected) do t.expect("line " .. i, lines[i], line) end
+    t.expect("lines", #lines, #expected)
+  end
+  local _, json = run("tree", "--json", examples.write(folder .. "/j", kScreen .. extension(0xFE, 'a"\n\xFF') .. image(1, 2, 3, 4)))
+  t.expect("json", json, '{"blocks":[{"bytes":4,"damaged":false,"index":0,"label":254,"text":"a\\u0022\\u000Aÿ","type":"comment"},' ..
+    '{"height":4,"index":1,"interlaced":false,"left":1,"top":2,"type":"image","width":3}],"file":"' .. folder .. '/j",' ..
+    '"screen":{"aspect":0,"background":0,"color_resolution":1,"height":1,"width":1},' ..
+    '"sum":{"delay_cs":0,"extensions":1,"images":1,"pixels":12},"version":"GIF89a"}\n')
+
+  -- Cut off anywhere, or with any one byte turned over: no script error
+  local damaged = {}
+  for i = 1, #t.sample do
+    damaged[#damaged + 1] = examples.write(folder .. "/cut" .. i, t.sample:sub(1, i))
+    damaged[#damaged + 1] = examples.write(
+      folder .. "/turned" .. i, t.sample:sub(1, i - 1) .. string.char(t.sample:byte(i) ~ 0xFF) .. t.sample:sub(i + 1))
+  end
+  for _, options in ipairs { {}, { "--json" } } do
+    local status, _, errors = run("tree", table.unpack(table.move(damaged, 1, #damaged, #options + 1, options)))
+    t.expect("damaged", status, 1)
+    assert(not errors:find("gifhost:"), errors)
+  end
+  for i = 20, #damaged, 24 do
+    t.expect(damaged[i], run("report", damaged[i], folder .. "/page"), 0)
+    local _, _, errors = run("sheet", damaged[i], folder .. "/sheet")
+    assert(not errors:find("gifhost:"), errors)
+  end
+end)
+
+-- A folder is checked file by file, in order, in folders within it too.
+examples.with_folder(function(folder)
+  assert(os.execute("mkdir " .. folder .. "/in"))
+  examples.write(folder .. "/b.gif", "no GIF")
+  examples.write(folder .. "/in/it's.GIF", t.sample)
+  examples.write(folder .. "/a.gif", kScreen .. image(0, 0, 0, 0))
+  examples.write(folder .. "/c.txt", "")
+  local status, output = run("check", "--jobs=2", folder)
+  t.expect("status", status, 1)
+  t.expect("lines", output:gsub(folder:gsub("%p", "%%%0"), ""), [[
+ok      /a.gif: 1 image, 0 extensions, 0 pixels, 1 image without pixels or colours
+FAILED  /b.gif: no GIF file
+ok      /in/it's.GIF: 2 images, 1 extension, 7 pixels
+3 files, 1 failed
+]])
+  t.expect("file", run("check", folder .. "/in/it's.GIF"), 0)
+  t.expect("empty", run("check", "--seconds", "9", folder .. "/c.txt/.."), 1)
+end)
+
+-- The page escapes what the file says, and warns of mistakes.
+examples.with_folder(function(folder)
+  local path = examples.write(folder .. "/<b>&.gif", table.concat {
+    "GIF89a", "\4\0\4\0\x82\9\0", ("\0"):rep(24),
+    extension(0xFE, "</blockquote><script>\"'&\1\xFF"),
+    extension(0xF9, "\1\1\0\xFF"), image(3, 0, 2, 1),
+    extension(0xF9, "\x10\2\0\0"), image(0, 0, 2, 1, ("\0"):rep(24)), image(0, 0, 0, 1),
+    extension(0xF9), extension(0xFF, "x") })
+  t.expect("status", run("report", path, folder .. "/page"), 0)
+  local page = examples.read(folder .. "/page")
+  for _, part in ipairs {
+    "<title>&lt;b&gt;&amp;.gif</title>", "&lt;/blockquote&gt;&lt;script&gt;&quot;&#39;&amp;␁ÿ</blockquote>",
+    "<li>plays once (it says nothing of loops)</li>",
+    "The background index, 9, lies beyond the 8 colours of the global table.",
+    "Global table: the last 4 of its 8 colours are unused.",
+    "Images 0, 2: a delay under 20 ms.", "Image 0: reaches outside the logical screen.",
+    "Image 2: no pixels.", "Image 0: the transparent index lies beyond the colours.",
+    "Image 1: the last half of its own colours, or more, is unused.", "Image 1: a disposal that no one has defined.",
+    "Block 6 (graphic control): too short", "Block 7 (application): too short", "0000  78 ",
+  } do
+    assert(page:find(part, 1, true), part)
+  end
+end)
