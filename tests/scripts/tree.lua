@@ -38,14 +38,21 @@ local function run(...)
   return status, trees
 end
 
-local make_gif = dofile(here .. "support/make_gif.lua")
-local status, trees = run(t.sample, "no GIF", make_gif(1, 1, nil,
-  { 0xFF, "NETSCAPE2.0", "\1\0\0" }, { 0xFF, "NETSCAPE2.0", "\1\3\0" }, { 0xFF, "NETSCAPE2.0", "\1" },
-  { 0xFF, "short" }, { 0xFF },
-  { 0xF9, "\x1F\xFF\xFF\7" }, { 0xF9, "\4\1\0" },
-  { 0xFE, "it's \"\0\x1B[2J\xFF\\\n" }, { 0xFE, ("x"):rep(255), "y" }, { 0xFE },
-  { 0x01, ("<I2I2I2I2BBBB"):pack(1, 2, 3, 4, 5, 6, 7, 8), "Hi" }, { 0x01, "Hi" },
-  { 0x99, "z" }))
+local function extension(label, ...)
+  local bytes = "\x21" .. string.char(label)
+  for _, sub_block in ipairs { ... } do bytes = bytes .. ("s1"):pack(sub_block) end
+  return bytes .. "\0"
+end
+local kScreen = "GIF89a" .. "\1\0\1\0" .. "\0\0\0"
+
+local status, trees = run(t.sample, "no GIF", kScreen .. table.concat {
+  extension(0xFF, "NETSCAPE2.0", "\1\0\0"), extension(0xFF, "NETSCAPE2.0", "\1\3\0"), extension(0xFF, "NETSCAPE2.0", "\1"),
+  extension(0xFF, "short"), extension(0xFF),
+  extension(0xF9, "\x1F\xFF\xFF\7"), extension(0xF9, "\4\1\0"),
+  extension(0xFE, "it's \"\0\x1B[2J\xFF\\\n"), extension(0xFE, ("x"):rep(255), "y"), extension(0xFE),
+  extension(0x01, ("<I2I2I2I2BBBB"):pack(1, 2, 3, 4, 5, 6, 7, 8), "Hi"), extension(0x01, "Hi"),
+  extension(0x99, "z"),
+})
 t.expect("status", status, 1)
 t.expect("message", trees[2][1], "no GIF file")
 for tree, lines in pairs {
