@@ -51,7 +51,7 @@ using Random = std::mt19937;
 
 int Below(Random& random, int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); }
 
-// Noise, short or long runs, one colour, a gradient with errors, or boxes of it.
+// Noise, short or long runs, a gradient with errors, or one colour, mostly with boxes of that gradient.
 void Paint(Random& random, int colours, int width, Bytes& pixels) {
   const int kind = Below(random, 5), ink = Below(random, colours), step = Below(random, 9) + 1;
   const int run = kind == 0 ? 1 : kind == 1 ? 12 : width * 4;
@@ -59,7 +59,7 @@ void Paint(Random& random, int colours, int width, Bytes& pixels) {
     const int x = static_cast<int>(i) % width, y = static_cast<int>(i) / width;
     int colour = ink;
     if (kind <= 2) colour = i > 0 && Below(random, run) > 0 ? pixels[i - 1] : Below(random, colours);
-    if (kind == 3 || (kind == 4 && x / 40 == y / 5)) colour = (x + y) / step + Below(random, 8) / 7;
+    if (kind == 3 || (kind == 4 && step > 3 && x / 40 == y / 5)) colour = (x + y) / step + Below(random, 8) / 7;
     pixels[i] = static_cast<uint8_t>(colour % colours);
   }
 }

@@ -137,22 +137,4 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
   }
 }
 
-// Of the functions that hold and release, so that the script host would find fault.
-TEST(Conversion, OutlivesMissingHostFunctions) {
-  for (const std::string name : {"REALLockObject", "REALUnlockObject", "unlockPictureDescription"}) {
-    for (const bool contexts : {false, true}) {
-      SCOPED_TRACE(name);
-      FakeHost host({.contexts = contexts, .missing = name});
-      SmallImage small;
-      REALpictureStruct* picture = MakePictureFromGifPicture(nullptr, &small.image);
-      REALpictureStruct* mask = MakeMaskFromGifPicture(&small.image, 6);
-      const bool made = name != "REALLockObject";  // where none can be held, none is made
-      EXPECT_EQ(picture != nullptr, made);
-      EXPECT_EQ(mask != nullptr, made);
-      AddPictureMask(picture, mask, 4, 2);
-      EXPECT_EQ(host.IsBalancedWithout({picture, mask}), !made);
-    }
-  }
-}
-
 }  // namespace

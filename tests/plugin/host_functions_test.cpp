@@ -59,10 +59,8 @@ class Holders : public testing::Test {
  protected:
   Holders() {
     StartLending();
-    Lend(
-        "REALLockObject", +[](REALobjectStruct* object) { ++references[object]; });
-    Lend(
-        "REALUnlockObject", +[](REALobjectStruct* object) { --references[object]; });
+    Lend("REALLockObject", [](REALobjectStruct* object) { ++references[object]; });
+    Lend("REALUnlockObject", [](REALobjectStruct* object) { --references[object]; });
     references = {{a_, 1}, {b_, 1}};
   }
 

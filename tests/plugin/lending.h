@@ -11,9 +11,10 @@
 inline std::map<std::string, void*> lent;
 inline std::map<std::string, std::atomic<int>> asked;
 
-template <typename Result, typename... Arguments>
-void Lend(const char* name, Result (*function)(Arguments...)) {
-  lent[name] = reinterpret_cast<void*>(function);
+// A function, or a lambda without captures.
+template <typename Function>
+void Lend(const char* name, Function function) {
+  lent[name] = reinterpret_cast<void*>(+function);
 }
 
 // A host that has nothing but what is lent from here on.
