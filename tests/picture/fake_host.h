@@ -19,10 +19,11 @@
 #include "plugin/host_functions.h"
 
 struct HostOptions {
-  bool contexts = true;     // describes pictures as bitmap contexts, else as libgd images
-  uint32_t alpha_info = 1;  // of contexts
-  size_t padding = 0;       // bytes after each row of a context
-  int descriptions = 1000;  // how many times a description is given
+  bool contexts = true;          // describes pictures as bitmap contexts, else as libgd images
+  std::string application = {};  // the application class that it has
+  uint32_t alpha_info = 1;       // of contexts
+  size_t padding = 0;            // bytes after each row of a context
+  int descriptions = 1000;       // how many times a description is given
   std::function<void(REALpictureDescription&)> spoil = {};  // changes each description before it is given
 };
 
@@ -57,6 +58,9 @@ class FakeHost {
     Offer(
         REALUnlockObject, "REALUnlockObject", +[](REALobjectStruct* object) { --Of(object).references; });
     Offer(REALLockPictureDescription, "REALLockPictureDescription", &Describe);
+    Offer(
+        REALGetClassRef, "pluginObjectType",
+        +[](const char* name) -> void* { return current_->options.application == name ? current_ : nullptr; });
     Offer(
         REALUnlockPictureDescription, "unlockPictureDescription", +[](REALpictureStruct* picture) {
           current_->calls += "unlock ";

@@ -87,15 +87,24 @@ TEST(PictureEditor, RefusesDescriptionsThatItCannotTrust) {
 
 // Where no class tells what it is, the host's first answer does.
 TEST(PictureEditor, FindsOutTheKindOfHostOnce) {
-  FakeHost host({.contexts = false});
-  for (const char* calls : {"new context image ", "new image "}) {
-    PictureWriter writer;
-    host.calls.clear();
-    EXPECT_TRUE(writer.NewPictureWriter(2, 2));
-    EXPECT_EQ(host.calls, calls);
-    EXPECT_TRUE(IsConsole && !IsDesktop);
+  const struct {
+    const char* application;
+    const char *first, *second;  // what the host is asked for
+  } cases[] = {{"ConsoleApplication", "new image ", "new image "},
+               {"WebApplication", "new image ", "new image "},
+               {"Application", "new context ", "new context "},
+               {"", "new context image ", "new image "}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.application);
+    FakeHost host({.contexts = false, .application = c.application});
+    for (const char* calls : {c.first, c.second}) {
+      PictureWriter writer;
+      host.calls.clear();
+      EXPECT_EQ(writer.NewPictureWriter(2, 2), IsConsole);
+      EXPECT_EQ(host.calls, calls);
+    }
+    EXPECT_TRUE(host.IsBalancedWithout({}));
   }
-  EXPECT_TRUE(host.IsBalancedWithout({}));
 }
 
 }  // namespace

@@ -53,6 +53,7 @@ TEST(Registration, DeclarationsTakeOneMoreParameter) {
       {ExtendFolderitem, long_name, std::string(999, 'n')},
       {AddAssignedParameter, "Red(i as integer) as integer", "Red(i as integer, assigns value as integer)"},
       {AddAssignedParameter, "Title as string", "Title(assigns value as string)"},
+      {AddAssignedParameter, long_name + "()", std::string(998, 'n')},
       {AddAssignedParameter, "Title", "(null)"},
       {AddAssignedParameter, "", "(null)"},
   };
