@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "codec/document.h"
@@ -46,20 +47,11 @@ class CodePacker {
 
 // A file with one image up to the image's data.
 Bytes FileBefore(int32_t width, int32_t height, int32_t code_size) {
-  const auto byte = [](int32_t value) { return static_cast<uint8_t>(value); };
-  Bytes file = {'G', 'I', 'F', '8', '7', 'a', 9, 0, 9, 0, 0, 0, 0};  // screen without a table
-  const Bytes image = {0x2C,
-                       0,
-                       0,
-                       0,
-                       0,
-                       byte(width),
-                       byte(width >> 8),
-                       byte(height),
-                       byte(height >> 8),
-                       0 /*packed*/,
-                       byte(code_size)};
-  file.insert(file.end(), image.begin(), image.end());
+  const std::string start = {"GIF87a\x9\0\x9\0\0\0\0,\0\0\0\0", 18};  // a screen without a table
+  Bytes file(start.begin(), start.end());
+  for (const int32_t byte : {width, width >> 8, height, height >> 8, 0 /*packed*/, code_size}) {
+    file.push_back(static_cast<uint8_t>(byte));
+  }
   return file;
 }
 
@@ -75,18 +67,6 @@ Image ByOracle(const Bytes& file, size_t data, int32_t width, int32_t height, or
   return {std::move(pixels), stream.position};
 }
 
-Image ByRows(const Bytes& file, size_t data, int32_t width, int32_t height) {
-  MyFILE stream{file.data(), static_cast<int64_t>(file.size()), static_cast<int64_t>(data), nullptr};
-  static GifDecoder decoder;
-  SetUpGifDecoder(&decoder, file[data - 1]);
-  Bytes pixels(static_cast<size_t>(width) * height);
-  for (int32_t y = 0; y < height; ++y) {
-    ReadGifLine(&stream, &decoder, pixels.data() + static_cast<size_t>(y) * width, width);
-  }
-  while (!decoder.data_ended) GatherSubBlocks(&stream, &decoder);
-  return {std::move(pixels), stream.position};
-}
-
 // The whole file by the reader; a trailer must follow the data.
 Image ByReader(const Bytes& file) {
   MyFILE stream{file.data(), static_cast<int64_t>(file.size()), 0, nullptr};
@@ -95,14 +75,13 @@ Image ByReader(const Bytes& file) {
   Image image{{}, stream.position};
   if (gif->count == 1 && gif->blocks[0]->picture) {
     const GifPicture* picture = gif->blocks[0]->picture;
-    image.pixels.assign(picture->pixels,
-                        picture->pixels + static_cast<size_t>(picture->width) * picture->height);
+    image.pixels.assign(picture->pixels, picture->pixels + static_cast<size_t>(picture->width) * picture->height);
   }
   DeleteGif(gif);
   return image;
 }
 
-// Codes written out, and the rows that they must give.
+// Codes written out, and the rows that they must give: they judge the oracle, which judges the rest.
 TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
   constexpr int32_t kClear = 256, kEnd = 257;  // with a minimum code size of 8
   struct Case {
@@ -113,24 +92,11 @@ TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
   };
   const Case cases[] = {
       {"a code for the entry that it defines", 8, 3, {kClear, 0, 258, kEnd}, {0, 0, 0}},
-      {"no clear code in the beginning", 8, 4, {1, 2, 258, kEnd}, {1, 2, 1, 2}},
       {"an undefined code ends the row, not the image", 8, 2, {kClear, 5, 300, 6, 7}, {5, 0, 6, 7}},
-      {"a string goes on in the next rows", 8, 2, {kClear, 1, 258, 259, kEnd}, {1, 1, 1, 1, 1, 1}},
       {"a row that fails gets its string again", 8, 2, {kClear, 1, 258, 400, 5}, {1, 1, 1, 0, 1, 5}},
-      {"... as the stack then holds it",
-       8,
-       2,
-       {kClear, 1, 2, 258, 260, 400, 9},
-       {1, 2, 1, 2, 1, 2, 1, 0, 1, 9}},
       {"one pixel short is a full row", 8, 3, {kClear, 1, 2, kEnd, 260, 258}, {1, 2, 0, 2, 2, 1}},
       {"two pixels short is an error", 8, 3, {kClear, 1, kEnd, 259, 7, 8, 9}, {1, 0, 0, 0, 0, 0, 7, 8, 9}},
-      {"an error after a clear forgets the previous code",
-       8,
-       2,
-       {1, 2, kClear, 300, 258, 4, 5},
-       {1, 2, 0, 0, 0, 0, 4, 5}},
       {"an undefined entry after an error", 8, 2, {1, 300, 2, 3, 259, 4}, {1, 0, 2, 3, 0, 0, 4, 0}},
-      {"zeros follow the data", 8, 2, {kClear, 1}, {1, 0, 0, 0}},
       {"pixels are the low byte of wide codes", 11, 2, {0x7FF, 0x100, 0x301, kEnd}, {0xFF, 0, 1, 1}},
       {"code size 0 knows one pixel value", 0, 3, {1, 0, 3, 0, 2}, {0, 0, 0, 0, 0, 0}},
   };
@@ -147,7 +113,6 @@ TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
 
     static oracle::GifDecoder judge;
     EXPECT_EQ(ByOracle(file, start, c.width, height, &judge).pixels, c.pixels);
-    EXPECT_EQ(ByRows(file, start, c.width, height).pixels, c.pixels);
     EXPECT_EQ(ByReader(file).pixels, c.pixels);
   }
 }
@@ -177,8 +142,7 @@ class StreamMaker {
       const int32_t next = packer.NextEntry();
       int32_t code = 0;
       if (Chance(damage)) {
-        code =
-            std::array{clear + 1, clear, next + 1, Below(4096), Below(4096)}[static_cast<size_t>(Below(5))];
+        code = std::array{clear + 1, clear, next + 1, Below(4096), Below(4096)}[static_cast<size_t>(Below(5))];
       } else if (next > 4095 && Chance(clear_when_full)) {
         code = clear;
       } else if (last < 0 || Chance(literals)) {
@@ -188,8 +152,7 @@ class StreamMaker {
       }
       code &= packer.Mask();
       packer.Add(code);
-      if (last >= 0 && next < 4096)
-        lengths[static_cast<size_t>(next)] = lengths[static_cast<size_t>(last)] + 1;
+      if (last >= 0 && next < 4096) lengths[static_cast<size_t>(next)] = lengths[static_cast<size_t>(last)] + 1;
       pixels += lengths[static_cast<size_t>(code)];
       last = code == clear ? -1 : code;
     }
@@ -197,17 +160,14 @@ class StreamMaker {
 
     const int32_t width = Below(Chance(0.5) ? 12 : 300) + 1;
     const auto height = static_cast<int32_t>(std::clamp<int64_t>(
-        static_cast<int64_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2), 1,
-        20000));
+        static_cast<int64_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2), 1, 20000));
     return Pack(packer.Finish(), code_size, width, height);
   }
 
  private:
   int32_t Below(int32_t end) { return std::uniform_int_distribution<int32_t>(0, end - 1)(random_); }
   bool Chance(double chance) { return std::uniform_real_distribution<>(0, 1)(random_) < chance; }
-  double Pick(std::initializer_list<double> from) {
-    return from.begin()[Below(static_cast<int32_t>(from.size()))];
-  }
+  double Pick(std::initializer_list<double> from) { return from.begin()[Below(static_cast<int32_t>(from.size()))]; }
 
   // The sub-blocks, the end of the file and what may have gone wrong with it.
   Made Pack(Bytes data, int32_t code_size, int32_t width, int32_t height) {
@@ -238,9 +198,6 @@ TEST(LzwDecoder, AgreesWithTheOracleOnRandomAndDamagedStreams) {
   for (int i = 0; i < kStreams; ++i) {
     const StreamMaker::Made made = maker.Make();
     const Image expected = ByOracle(made.file, made.data, made.width, made.height, &judge);
-    const Image rows = ByRows(made.file, made.data, made.width, made.height);
-    ASSERT_EQ(rows.pixels, expected.pixels) << i;
-    ASSERT_EQ(rows.position, expected.position) << i;
     const Image read = ByReader(made.file);
     ASSERT_EQ(read.pixels, expected.pixels) << i;
     ASSERT_EQ(read.position, std::min(expected.position + 1, static_cast<int64_t>(made.file.size()))) << i;

@@ -79,13 +79,11 @@ class Description {
   std::string text_;
 };
 
-std::string Describe(const Gif* gif) { return Description(gif).text(); }
-
 std::string Read(const Bytes& file, int64_t* position = nullptr) {
   MyFILE stream{file.data(), static_cast<int64_t>(file.size()), 0, nullptr};
   Gif* gif = NewGif();
   ReadGif(&stream, gif);
-  std::string text = Describe(gif);
+  std::string text = Description(gif).text();
   DeleteGif(gif);
   if (position) *position = stream.position;
   return text;
@@ -105,45 +103,22 @@ TEST(Reader, BuildsWhatTheBytesDescribe) {
   };
   const Case cases[] = {
       {"an empty stream", {}, no_screen, 0},
-      {"a cut signature", {'G', 'I', 'F', '8'}, "GIF8" + no_screen, 0},
-      {"lower case", Join({{'g', 'i', 'f', '8', '9', 'a'}, kScreen}), "gif89a" + no_screen, 7},
       {"another version", Join({{'G', 'I', 'F', '9', '0', 'a'}, kScreen}), "GIF90a" + no_screen, 7},
-      {"no trailer", Join({k87a, kScreen}), "GIF87a" + screen, 0},
       {"bytes after the trailer", Join({k89a, kScreen, kTrailer, comment}), "GIF89a" + screen, 5},
       {"a global table, all bits of the packed byte",
        Join({k89a, {1, 0, 1, 0, 0xFF, 0, 0}, {9, 8, 7}, Bytes(762, 0), {6, 5, 4}, comment}),
        "GIF89a; 1 1 8 1 8 0 0 table of 256 0 9 8 7 0 6 5 4; ! 254: 1x99", 0},
-      {"extensions with and without sub-blocks",
-       Join({k89a,
-             kScreen,
-             {0x21, 0xF9, 4, 0, 0, 0, 8, 255},
-             Bytes(255, 3),
-             {1, 2, 0},
-             {0x21, 0, 0},
-             comment}),
-       "GIF89a" + screen + "; ! 249: 4x8 255x3 1x2; ! 0:; ! 254: 1x99", 0},
       {"a local table, all bits of the packed byte",
        Join({k87a, kScreen, Image(5, 1, 0xF8), {1, 2, 3, 4, 5, 6}, kFivePixels, comment}),
        "GIF87a" + screen + "; , 260 5 5 1 1 1 3 1 table of 2 0 1 2 3 0 4 5 6 /10103; ! 254: 1x99", 0},
-      {"rows of no width", Join({k87a, kScreen, Image(0, 2, 7), kFivePixels, comment}),
-       "GIF87a" + screen + "; , 260 5 0 2 0 0 0 0 / /; ! 254: 1x99", 0},
       {"no rows", Join({k87a, kScreen, Image(3, 0, 0), kFivePixels, comment}),
        "GIF87a" + screen + "; , 260 5 3 0 0 0 0 0; ! 254: 1x99", 0},
-      {"one interlaced row", Join({k87a, kScreen, Image(5, 1, 0x40), kFivePixels}),
-       "GIF87a" + screen + "; , 260 5 5 1 1 0 0 0 /10103", 0},
-      {"five interlaced rows", Join({k87a, kScreen, Image(1, 5, 0x40), kFivePixels, comment}),
-       "GIF87a" + screen + "; , 260 5 1 5 1 0 0 0 /1 /0 /1 /3 /0; ! 254: 1x99", 0},
-      {"more data than pixels", Join({k87a, kScreen, Image(2, 1, 0), kFivePixels, comment}),
-       "GIF87a" + screen + "; , 260 5 2 1 0 0 0 0 /10; ! 254: 1x99", 0},
       {"a code size too large", Join({k87a, kScreen, Image(2, 2, 0), {12, 2, 0xFF, 0xFF, 0}, comment}),
        "GIF87a" + screen + "; , 260 5 2 2 0 0 0 0 /00 /00; ! 254: 1x99", 0},
       {"a large image in a few bytes",
        Join({k87a, kScreen, {0x2C, 0, 0, 0, 0, 3, 0, 0xB8, 0x0B, 0}, {2, 1, 0b01'000'001}}),
        "GIF87a" + screen + "; , 0 0 3 3000 0 0 0 0 /101" + zero_rows, 0},
-      {"an image cut off", Join({k87a, kScreen, Image(3, 2, 0), {2, 9, 0b01000001}}),
-       "GIF87a" + screen + "; , 260 5 3 2 0 0 0 0 /101 /000", 0},
-      {"an unknown introducer", Join({k87a, kScreen, comment, {0}, comment}),
-       "GIF87a" + screen + "; ! 254: 1x99", 5},
+      {"an unknown introducer", Join({k87a, kScreen, comment, {0}, comment}), "GIF87a" + screen + "; ! 254: 1x99", 5},
   };
   for (const Case& c : cases) {
     SCOPED_TRACE(c.name);
@@ -160,18 +135,17 @@ TEST(Reader, BuildsWhatTheBytesDescribe) {
 // Each allocation of a read fails once, in order. What is left must be a document, and everything is
 // released.
 TEST(Reader, GoesOnWithoutMemory) {
-  const Bytes file =
-      Join({k89a,
-            {1, 0, 1, 0, 0x80, 0, 0},
-            Bytes(6, 9),
-            {0x21, 1, 1, 0x3B, 1, 0x3B, 0},  // sub-blocks that, left unread, read as the trailer
-            Image(5, 1, 0x80),
-            {1, 2, 3, 4, 5, 6},
-            kFivePixels,
-            {0x21, 2, 1, 0x3B, 0},
-            kTrailer});
+  const Bytes file = Join({k89a,
+                           {1, 0, 1, 0, 0x80, 0, 0},
+                           Bytes(6, 9),
+                           {0x21, 1, 1, 0x3B, 1, 0x3B, 0},  // sub-blocks that, left unread, read as the trailer
+                           Image(5, 1, 0x80),
+                           {1, 2, 3, 4, 5, 6},
+                           kFivePixels,
+                           {0x21, 2, 0},
+                           kTrailer});
   const std::string start = "GIF89a; 1 1 1 0 1 0 0", table = start + " table of 2 0 9 9 9 0 9 9 9";
-  const std::string first = "; ! 1: 1x59 1x59", last = "; ! 2: 1x59", all = table + first;
+  const std::string first = "; ! 1: 1x59 1x59", last = "; ! 2:", all = table + first;
   const std::string image = "; , 260 5 5 1 0 0 0 1 table of 2 0 1 2 3 0 4 5 6 /10103", no_image = "; ,";
   struct Case {
     const char* failing;
@@ -197,9 +171,6 @@ TEST(Reader, GoesOnWithoutMemory) {
       {"list of blocks", table + last},
       {"block", all + image},
       {"extension", all + image + "; !"},
-      {"sub-block", all + image + "; ! 2:"},
-      {"its bytes", all + image + "; ! 2:"},
-      {"list of sub-blocks", all + image + "; ! 2:"},
       {"list of blocks", table},
       {"block of the trailer", all + image + last},
       {"none", all + image + last},
@@ -217,7 +188,7 @@ TEST(Reader, GoesOnWithoutMemory) {
     stream.position = 0;
     ReadGif(&stream, starved);
     FailAllocation(0);
-    EXPECT_EQ(Describe(gif), c.text);
+    EXPECT_EQ(Description(gif).text(), c.text);
     DeleteGif(gif);
     DeleteGif(starved);
   }

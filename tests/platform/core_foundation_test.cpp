@@ -36,17 +36,11 @@ TEST(CoreFoundation, KeepsAndNormalizesPaths) {
     std::string path;
     std::string form_d;
   } cases[] = {
-      {"plain", "/a/b.gif", "/a/b.gif"},
       {"an accent", "/caf\u00E9", "/cafe\u0301"},
-      {"already taken apart", "/cafe\u0301", "/cafe\u0301"},
-      {"two accents on one letter", "/\u1E69", "/s\u0323\u0307"},
       {"marks out of order", "/s\u0307\u0323x\u0307\u0323", "/s\u0323\u0307x\u0323\u0307"},
-      {"a mark that joins an accent", "/\u1E0B\u0323", "/d\u0323\u0307"},
-      {"Hangul", "/\uD55C", "/\u1112\u1161\u11AB"},
       {"the ligature stays: not canonical", "/\uFB01", "/\uFB01"},
       {"beyond 16 bits", "/\U0001F600\U0001D15E", "/\U0001F600\U0001D157\U0001D165"},
       {"bytes that are not UTF-8", "/\x80\xC3(\xF0\x9F\xFF", "/\x80\xC3(\xF0\x9F\xFF"},
-      {"surrogates and overlong forms", "/\xED\xA0\x80\xED\xB2\x80\xC0\xAF", "/\xED\xA0\x80\xED\xB2\x80\xC0\xAF"},
       {"odd bytes before a mark", "/\xFFs\u0307\u0323", "/\xFFs\u0323\u0307"},
       {"longest", "/" + std::string(4094, 'x'), "/" + std::string(4094, 'x')},
       {"no path", "", "failed"},

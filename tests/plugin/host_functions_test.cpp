@@ -2,47 +2,27 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <string>
 #include <thread>
 #include <vector>
 
 #include "plugin/host_reference.h"
-
-// Functions that tests lend to the table, and how often each name was asked for.
-static std::map<std::string, void*> lent;
-static std::map<std::string, std::atomic<int>> asked;
-
-static void* Resolve(const char* name) {
-  ++asked.at(name);
-  const auto found = lent.find(name);
-  return found == lent.end() ? nullptr : found->second;
-}
+#include "tests/plugin/lending.h"
 
 static int32_t Seven(int32_t add) { return 7 + add; }
 
-class HostFunctionTable : public testing::Test {
- protected:
-  void SetUp() override {
-    gResolver = Resolve;
-    lent.clear();
-    asked.clear();
-    asked["Seven"] = 0;
-  }
-};
-
-TEST_F(HostFunctionTable, MissingFunctionsGiveTheNeutralResult) {
+TEST(HostFunctionTable, MissingFunctionsGiveTheNeutralResult) {
+  StartLending();
   HostFunction<int32_t(int32_t)> once{"Seven"};
   HostFunctionUntilFound<void*(int32_t)> until_found{"Seven"};
   EXPECT_EQ(once(1), 0);
   EXPECT_EQ(until_found(1), nullptr);
   EXPECT_FALSE(once);
   gResolver = nullptr;
-  HostFunctionUntilFound<int32_t(int32_t)> without_resolver{"Seven"};
-  EXPECT_EQ(without_resolver(1), 0);
+  EXPECT_EQ(until_found(1), nullptr);
 }
 
-TEST_F(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
+TEST(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
+  StartLending();
   HostFunction<int32_t(int32_t)> once{"Seven"};
   HostFunctionUntilFound<int32_t(int32_t)> until_found{"Seven"};
   EXPECT_EQ(once(1) + once(1), 0);
@@ -50,7 +30,7 @@ TEST_F(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
   EXPECT_EQ(until_found(1) + until_found(1), 0);
   EXPECT_EQ(asked["Seven"], 3);
 
-  lent["Seven"] = reinterpret_cast<void*>(Seven);
+  Lend("Seven", Seven);
   EXPECT_EQ(once(1), 0);
   EXPECT_EQ(asked["Seven"], 3);
   EXPECT_EQ(until_found(1), 8);
@@ -58,8 +38,9 @@ TEST_F(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
   EXPECT_EQ(asked["Seven"], 4);
 }
 
-TEST_F(HostFunctionTable, ThreadsThatMeetInTheFirstLookUpAskOnceAndAllCall) {
-  lent["Seven"] = reinterpret_cast<void*>(Seven);
+TEST(HostFunctionTable, ThreadsThatMeetInTheFirstLookUpAskOnceAndAllCall) {
+  StartLending();
+  Lend("Seven", Seven);
   HostFunction<int32_t(int32_t)> once{"Seven"};
   std::atomic<int> sum = 0;
   std::vector<std::thread> threads;
@@ -73,21 +54,15 @@ TEST_F(HostFunctionTable, ThreadsThatMeetInTheFirstLookUpAskOnceAndAllCall) {
 
 // Any two bytes do as objects; the count of each stands in a map.
 static std::map<REALobjectStruct*, int> references;
-static void Lock(REALobjectStruct* object) { ++references[object]; }
-static void Unlock(REALobjectStruct* object) { --references[object]; }
 
 class Holders : public testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    gResolver = [](const char* name) -> void* {
-      if (std::string(name) == "REALLockObject") return reinterpret_cast<void*>(Lock);
-      if (std::string(name) == "REALUnlockObject") return reinterpret_cast<void*>(Unlock);
-      return nullptr;
-    };
-    REALLockObject(nullptr);  // looked up from here on
-    REALUnlockObject(nullptr);
+  Holders() {
+    StartLending();
+    Lend("REALLockObject", [](REALobjectStruct* object) { ++references[object]; });
+    Lend("REALUnlockObject", [](REALobjectStruct* object) { --references[object]; });
+    references = {{a_, 1}, {b_, 1}};
   }
-  void SetUp() override { references = {{a_, 1}, {b_, 1}}; }
 
   char bytes_[2] = {};
   REALobjectStruct* a_ = reinterpret_cast<REALobjectStruct*>(&bytes_[0]);

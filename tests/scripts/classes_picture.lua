@@ -23,7 +23,6 @@ for row, bytes in pairs { [0] = t.pixels:sub(1, 3), t.pixels:sub(4, 6), [-1] = f
   t.expect_bytes("PixelData " .. row, view:PixelData(row), bytes or nil)
 end
 local copy = view:Clone()
-t.expect_bytes("cloned Data", copy.Data, t.pixels)
 t.expect("cloned table", copy.Palette:Value(1), 0x212223)
 copy.Data[0] = 77
 t.expect_bytes("Data after changing a clone", view.Data, t.pixels)
@@ -46,7 +45,6 @@ local kNone = {}
 for _, case in ipairs {
   -- width, height, PixelData rows from 0 on, CopyData
   { 4, 2, { "\0\1\2\3", "\4\5\6\7", kNone }, kBytes },
-  { 2, 2, { "\0\1", "\2\3", kNone }, "\0\1\2\3" },
   { 3, 3, { "\0\1\2", "\3\4\5", "\6\7\0", kNone }, kBytes .. "\0" },
   { 12, 2, { kBytes .. "\0\0\0\0", ("\0"):rep(12), kNone }, kBytes .. ("\0"):rep(16) },
   { 0, 2, { kNone, kNone }, "" },
@@ -54,7 +52,6 @@ for _, case in ipairs {
   { -1, 2, { kNone, kNone }, kNone },
   { -2, -3, { kNone }, kBytes:sub(1, 6) },
   { 1, 1 << 31, { "\0", "\1" }, kNone },
-  { 1 << 16, 1 << 15, {}, kNone },
   { 1, math.maxinteger, { "\0", "\1" }, kNone },
   { 1 << 32, 1 << 32, {}, kNone },
   { math.mininteger, -1, { kNone }, kNone },

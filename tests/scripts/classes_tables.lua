@@ -17,18 +17,16 @@ screen.Palette = palette
 assert(screen.Palette ~= palette, "the stored table hides the record's")
 local copy = screen:Clone()
 t.expect("Count", copy.Palette.Count, 4)
-t.expect("Palette", copy.Palette, copy.Palette)
 copy.Palette = nil
 t.expect("Palette", copy:Clone().Palette, nil)
 t.expect("table without colours", GifStringToGifZKV("GIF87a").Screen.Palette.Count, 0)
 
 -- How many entries count
-t.expect("Count", palette.Count, 0)
 for _, count in ipairs { 256, 1, 0, 2 } do
   palette.Count = count
   t.expect("Count", palette.Count, count)
 end
-for _, count in ipairs { 257, -1, math.mininteger } do
+for _, count in ipairs { 257, -1 } do
   t.expect_out_of_bounds(count, 257, "value", "count", function() palette.Count = count end)
 end
 t.expect("Count", palette.Count, 2)
@@ -66,8 +64,8 @@ end
 palette.Value[1], palette.Value[2], palette.Value[5] = 0x111111, 0x222222, 0x555555
 copy = palette:Clone()
 t.expect("Count", copy.Count, 2)
-for index, colour in pairs { [0] = 0, 0x111111, 0, [5] = 0 } do
-  if index ~= 1 or colour ~= 0 then t.expect("cloned " .. index, copy:Value(index), colour) end
+for index, colour in pairs { [1] = 0x111111, [2] = 0, [5] = 0 } do
+  t.expect("cloned " .. index, copy:Value(index), colour)
 end
 palette.Count = 256
 t.expect("cloned last", palette:Clone():Value(5), 0x555555)
@@ -89,4 +87,3 @@ t.expect("Count", view.Count, 4)
 copy = view:Clone()
 t.expect("Count", copy.Count, 4)
 t.expect("Value", copy:Value(2), 0xFDFEFF)
-t.expect("Value", copy:Value(255), 0)

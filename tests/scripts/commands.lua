@@ -9,13 +9,8 @@ local function run(command)
   return output, status
 end
 
-t.expect("describe", run("describe gifdatazkv"), [[
-class GifDataZKV
-  DataMemory as Memoryblock
-  DataString as String
-  Length as Integer  (read-only)
-  Clone as GifDataZKV
-]])
+t.expect("describe", run("describe gifdatazkv"), "class GifDataZKV\n  DataMemory as Memoryblock\n  DataString as String\n" ..
+  "  Length as Integer  (read-only)\n  Clone as GifDataZKV\n")
 
 -- No string of these holds brackets or escapes.
 local function json(text)

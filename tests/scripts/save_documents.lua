@@ -46,71 +46,42 @@ end
 
 -- --- Headers --------------------------------------------------------------------------------------------------------
 
-for header, saved in pairs {
-  ["GIF89a"] = "GIF89a", ["GIF"] = "GIF87a", ["XY"] = "XYF87a", ["GIF89a and more"] = "GIF89a", [""] = "GIF87a",
-  ["AB\0DEFG"] = "AB", ["\0"] = "",
-} do
-  local gif = fill(GIFZKV(), { Header = header })
-  t.expect("header", t.saved(gif):sub(1, -9), saved)
+for header, saved in pairs { ["XY"] = "XYF87a", ["GIF89a and more"] = "GIF89a", ["AB\0DEFG"] = "AB", ["\0"] = "" } do
+  t.expect("header", t.saved(fill(GIFZKV(), { Header = header })):sub(1, -9), saved)
 end
-t.expect("default header", t.saved(GIFZKV()):sub(1, 6), "GIF87a")
 
 -- --- Screens and tables ---------------------------------------------------------------------------------------------
 
 expect_saved("nothing", GIFZKV(), kScreen)
 local shared = palette(0x010203, 0xFFFEFD)
-for _, case in ipairs {
-  { { Width = 0x1234, Height = 0x15678, BackgroundColor = 0x1FF, Aspect = -1 }, "3412 7856 00 FF FF" },
-  { { HasPalette = true, ColorResolution = 8, PaletteDepth = 1, Palette = shared }, "0000 0000 F0 00 00 010203 FFFEFD" },
-  { { HasPalette = true, Palette = GifPaletteZKV() }, "0000 0000 80 00 00" },
-  { { HasPalette = true, Sorted = true }, "0000 0000 88 00 00" }, -- no table at all
-  { { ColorResolution = 99, PaletteDepth = 1 << 32 | 3, Palette = shared }, "0000 0000 72 00 00" },
-} do
-  local gif = fill(GIFZKV(), { Screen = fill(GifScreenZKV(), case[1]) })
-  expect_saved("screen", gif, case[2])
-end
+local screen = { Width = 0x1234, Height = 0x15678, BackgroundColor = 0x1FF, Aspect = -1, HasPalette = true,
+  ColorResolution = 8, PaletteDepth = 1, Palette = shared }
+expect_saved("screen", fill(GIFZKV(), { Screen = fill(GifScreenZKV(), screen) }), "3412 7856 F0 FF FF 010203 FFFEFD")
 
 -- --- Blocks ---------------------------------------------------------------------------------------------------------
 
 local comment = extension(0xFE, data "abc", data "", nil, GifDataZKV())
 expect_saved("empty data is dropped", document(comment), kScreen .. "21 FE 03 616263 00")
-expect_saved("an extension without data", document(extension(0xF9), extension(1, nil)), kScreen .. "21F900 210100")
 expect_saved("nil entries", document(nil, comment, nil, nil, fill(GifBlockZKV(), { Intro = 0x141 }), nil),
   kScreen .. "21 FE 03 616263 00 41")
-expect_saved("only nil", document(nil, nil), kScreen)
 expect_saved("shared children", document(comment, comment, fill(GifBlockZKV(), { Intro = 1, Extension = comment.Extension })),
   kScreen .. ("21 FE 03 616263 00"):rep(2) .. "01 FE 03 616263 00")
-expect_saved("long data is split", document(extension(0xFE, data(("x"):rep(300)))),
-  kScreen .. "21 FE FF" .. ("78"):rep(255) .. "2D" .. ("78"):rep(45) .. "00")
 
 -- Rows of a MemoryBlock: as codes of 3 bits (4 from the second on), no two neighbours alike.
 local bytes = MemoryBlock("\0\1\2\3\1\0\3\2")
 for _, case in ipairs {
   { { Width = 4, Height = 1, Data = bytes }, "0400 0100 00", "02 03 44 34 05" },
-  { { Width = 1 << 32 | 4, Height = 1, Data = bytes }, "0400 0100 00", "02 03 44 34 05" },
   { { Width = 2, Height = 2, Data = bytes, Interlace = true }, "0200 0200 40", "02 03 44 34 05" },
   { { Width = 3, Height = 3 }, "0300 0300 00", "02 03 84 7F 05" }, -- no MemoryBlock: nine zeros
   { { Width = 2, Height = 2, Data = MemoryBlock("\0\1") }, "0200 0200 00", "02 03 44 00 05" }, -- too short: zeros
-  { { Width = 2, Height = 2, Data = MemoryBlock("") }, "0200 0200 00", "02 02 84 51" },
-  { { Width = -4, Height = 2, Data = bytes }, "FCFF 0200 00", "02 01 2C" },
-  { { Width = 4, Height = -2, Data = bytes }, "0400 FEFF 00", "02 01 2C" },
-  { { Width = 4, Height = 1 << 32, Data = bytes }, "0400 0000 00", "02 01 2C" },
   -- More than there can be memory for: the image has no pixels, what follows is whole.
   { { Width = 0x7FFFFFFF, Height = 0x7FFFFFFF, Data = bytes }, "FFFF FFFF 00", "02 01 2C" },
-  { { Width = 1, Height = 1, Left = 1, Top = 2, Sorted = true, PaletteDepth = 8 }, "0100 0100 20", "02 02 44 01",
-    "0100 0200" },
   { { HasPalette = true, PaletteDepth = 3, Palette = shared }, "0000 0000 82 010203 FFFEFD", "03 01 98" },
-  { { HasPalette = true, PaletteDepth = 12 }, "0000 0000 87", "08 03 00 03 02" },
 } do
-  local fields, descriptor, codes, place = table.unpack(case)
+  local fields, descriptor, codes = table.unpack(case)
   expect_saved("image " .. descriptor, document(image(fields), comment),
-    kScreen .. "2C" .. (place or "0000 0000") .. descriptor .. codes .. "00" .. "21 FE 03 616263 00")
+    kScreen .. "2C 0000 0000" .. descriptor .. codes .. "00" .. "21 FE 03 616263 00")
 end
-
-local both = image { Width = 1, Height = 1, Data = bytes }
-both.Extension = comment.Extension
-expect_saved("image and extension in one block", document(both),
-  kScreen .. "2C 00000000 0100 0100 00 02 02 44 01 00 FE 03 616263 00")
 
 -- Views in a free-standing tree count with their own fields.
 local opened = t.open()

@@ -33,7 +33,6 @@ local function expect_saved_as(name, reached, folders, files)
 end
 
 -- name, the file reached, folders and files that are there before
-expect_saved_as("a.gif", "a.gif", {}, {})
 expect_saved_as(kComposed, kDecomposed, {}, {})
 expect_saved_as(kDecomposed, kDecomposed, {}, {})
 expect_saved_as(kComposed, kComposed, {}, { kComposed })
@@ -44,7 +43,6 @@ expect_saved_as(kComposed, kDecomposed, {}, { kComposed, kDecomposed })
 local in_composed = kComposed .. "/"
 expect_saved_as(in_composed .. kComposed, in_composed .. kDecomposed, { kComposed }, {})
 expect_saved_as(in_composed .. kComposed, in_composed .. kComposed, { kComposed }, { in_composed .. kComposed })
-expect_saved_as(in_composed .. kComposed, in_composed .. kDecomposed, { kComposed }, { in_composed .. kDecomposed })
 expect_saved_as(in_composed .. "a/" .. kComposed, in_composed .. "a/" .. kDecomposed, { kComposed, in_composed .. "a" }, {})
 expect_saved_as(in_composed .. "a.gif", in_composed .. "a.gif", { kComposed, kDecomposed }, { in_composed .. "a.gif" })
 -- Names that are no text

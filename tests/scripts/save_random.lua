@@ -80,27 +80,20 @@ end
 
 -- --- The same as script objects -------------------------------------------------------------------------------------
 
-local kClasses = { Screen = "GifScreenZKV", Palette = "GifPaletteZKV", Picture = "GifPictureZKV",
-  Extension = "GifExtensionZKV" }
-local build
+local kClasses = { Screen = GifScreenZKV, Palette = GifPaletteZKV, Picture = GifPictureZKV,
+  Extension = GifExtensionZKV, Blocks = GifBlockZKV, Items = GifDataZKV }
 
-local function add_all(object, entries, class)
-  for i = 1, entries.n do object:Add(entries[i] and build(_G[class], entries[i]) or nil) end
-end
-
-function build(class, values)
+local function build(class, values)
   local object = class()
   for name, value in pairs(values) do
-    if name == "Blocks" then
-      add_all(object, value, "GifBlockZKV")
-    elseif name == "Items" then
-      add_all(object, value, "GifDataZKV")
+    if name == "Blocks" or name == "Items" then
+      for i = 1, value.n do object:Add(value[i] and build(kClasses[name], value[i]) or nil) end
     elseif name == "Colours" then
       for i, colour in ipairs(value) do object.Value[i - 1] = colour end
     elseif name == "Data" then
       object.Data = MemoryBlock(value)
     else
-      object[name] = kClasses[name] and build(_G[kClasses[name]], value) or value
+      object[name] = kClasses[name] and build(kClasses[name], value) or value
     end
   end
   return object
