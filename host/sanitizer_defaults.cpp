@@ -1,0 +1,13 @@
+// What the sanitizers are told when the program is built with them.
+
+// NOLINTBEGIN(bugprone-reserved-identifier)
+extern "C" {
+
+// Scripts ask for more memory than there is, and are told so.
+const char* __asan_default_options() { return "allocator_may_return_null=1"; }
+
+// What a plugin hands over at registration lives as long as the process, also when no host function takes it.
+const char* __lsan_default_suppressions() { return "leak:host::Host::StartPlugin\n"; }
+
+}  // extern "C"
+// NOLINTEND(bugprone-reserved-identifier)
