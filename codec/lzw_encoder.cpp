@@ -7,9 +7,8 @@
 
 // How it is made fast, without a byte of the result being different:
 //
-// - The hash table is four times as large as its strings are many, so that probing seldom goes on, and small enough
-// to
-//   be cleared by `memset`.
+// - The hash table is four times as large as its strings are many, so that probing seldom goes on, and small
+//   enough to be cleared by `memset`.
 // - Pictures of even areas are coded by runs: lzw_runs.h. Which way to go is chosen at each clear code, by how the
 //   strings before it did.
 // - Codes go into `block` by whole words, without a look at where sub-blocks end; those are cut when `block` is full.

@@ -4,10 +4,9 @@
 //
 // There most pixels are like the one before, and strings that end in a run are held apart from all others:
 //
-// - Strings of one colour: how far a run goes is found many pixels at a time, and its code in one step, however long
-// it
-//   is. Since every beginning of a string is a string, the lengths that a colour has codes for are those from 1 to
-//   some longest one.
+// - Strings of one colour: how far a run goes is found many pixels at a time, and its code in one step, however
+//   long it is. Since every beginning of a string is a string, the lengths that a colour has codes for are those
+//   from 1 to some longest one.
 // - Strings of several colours that go on with their last pixel: a list from code to code, shorter to follow than the
 //   hash table is to search.
 //

@@ -1,7 +1,6 @@
 #pragma once
 
-// Objects in Lua: members by name in any letter case, methods that can be called or indexed (`p:Red(3)`,
-// `p.Red[3]`),
+// Objects in Lua: members by name in any letter case, methods that can be called or indexed (`p:Red(3)`, `p.Red[3]`),
 // `#object` for its Count, and `pairs(object)` over what it counts.
 
 #include <lua.hpp>

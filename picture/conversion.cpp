@@ -57,13 +57,13 @@ REALpictureStruct* Render(PictureWriter& writer, const GifPicture& picture, cons
 bool DrawInto(REALpictureStruct* target, REALpictureStruct* mask, long long width, long long height) {
   auto graphics = ObjectRef::Adopt(REALGetPictureGraphics(target));
   if (!graphics) return false;
-  void* draw = REALLoadObjectMethod(
-      graphics.get(),
-      "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-      "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)");
+  void* draw =
+      REALLoadObjectMethod(graphics.get(),
+                           "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+                           "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)");
   if (!draw) return false;
-  using DrawPicture = void (*)(REALobjectStruct*, REALpictureStruct*, int64_t, int64_t, int64_t, int64_t,
-                               int64_t, int64_t, int64_t, int64_t);
+  using DrawPicture = void (*)(REALobjectStruct*, REALpictureStruct*, int64_t, int64_t, int64_t, int64_t, int64_t,
+                               int64_t, int64_t, int64_t);
   reinterpret_cast<DrawPicture>(draw)(graphics.get(), mask, 0, 0, width, height, 0, 0, width, height);
   return true;
 }
@@ -73,8 +73,7 @@ void CopyRows(const gdImage* source, const gdImage* target) {
   if (!source || !target || source->sx != target->sx || source->sy != target->sy) return;
   if (source->pixels || target->pixels || !source->tpixels || !target->tpixels) return;
   for (int y = 0; y < source->sy; ++y) {
-    if (source->tpixels[y] && target->tpixels[y])
-      std::copy_n(source->tpixels[y], source->sx, target->tpixels[y]);
+    if (source->tpixels[y] && target->tpixels[y]) std::copy_n(source->tpixels[y], source->sx, target->tpixels[y]);
   }
 }
 

@@ -30,8 +30,7 @@ bool IsWritable(CGContextRef context) {
 bool IsWritable(const gdImage* image, const REALpictureDescription& description) {
   if (image->pixels || !image->tpixels || !image->trueColor) return false;
   if (description.height < 1 || description.width > image->sx || description.height > image->sy) return false;
-  return std::none_of(image->tpixels, image->tpixels + description.height,
-                      [](int* row) { return row == nullptr; });
+  return std::none_of(image->tpixels, image->tpixels + description.height, [](int* row) { return row == nullptr; });
 }
 
 // Hosts tell what they are by the application class that they have.
@@ -156,8 +155,7 @@ void PictureEditor::ReleasePicture() {
 
 bool PictureWriter::NewPictureWriter(long long width, long long height) {
   if (width < 1 || width > kMaximumSide || height < 1 || height > kMaximumSide) return false;
-  auto picture =
-      PictureRef::Adopt(REALNewPicture(static_cast<int32_t>(width), static_cast<int32_t>(height), kDepth));
+  auto picture = PictureRef::Adopt(REALNewPicture(static_cast<int32_t>(width), static_cast<int32_t>(height), kDepth));
   if (!picture) return false;
   ReleasePicture();
   clear_cache_ = true;

@@ -60,10 +60,10 @@ class PictureEditor {
  protected:
   void Hold(REALpictureStruct* picture);
 
-  int64_t row_stride_ = 0;    // bytes from one row's start to the next one's, in a bitmap context
-  int64_t width_ = 0;         // pixels
-  int64_t height_ = 0;        // pixels
-  int32_t pixel_format_ = 0;  // a context's alpha info, 1 to 6, or kGDPixelFormat; 0 before the first opening
+  int64_t row_stride_ = 0;     // bytes from one row's start to the next one's, in a bitmap context
+  int64_t width_ = 0;          // pixels
+  int64_t height_ = 0;         // pixels
+  int32_t pixel_format_ = 0;   // a context's alpha info, 1 to 6, or kGDPixelFormat; 0 before the first opening
   uint8_t* cursor_ = nullptr;  // the pixel that is written next; rows need not be aligned
   REALpictureDescription description_ = {};
   uint8_t* first_row_ = nullptr;

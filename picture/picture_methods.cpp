@@ -49,8 +49,7 @@ REALpictureStruct* MakeMask(REALobjectStruct* self) {
 }
 
 REALpictureStruct* MakeMask2(REALobjectStruct* self, int64_t transparent_index) {
-  return MakeMaskFromGifPicture(DataOf<GifPictureInstance>(self)->record,
-                                static_cast<int32_t>(transparent_index));
+  return MakeMaskFromGifPicture(DataOf<GifPictureInstance>(self)->record, static_cast<int32_t>(transparent_index));
 }
 
 REALpictureStruct* MakeFirstPicture(REALobjectStruct* self) {
@@ -58,9 +57,7 @@ REALpictureStruct* MakeFirstPicture(REALobjectStruct* self) {
   return MakePictureFromGifPicture(gif, FirstImage(gif));
 }
 
-REALpictureStruct* MakeFirstMask(REALobjectStruct* self) {
-  return FirstMask(DataOf<GifInstance>(self)->record);
-}
+REALpictureStruct* MakeFirstMask(REALobjectStruct* self) { return FirstMask(DataOf<GifInstance>(self)->record); }
 
 REALpictureStruct* MakeFirstPictureWithMask(REALobjectStruct* self) {
   return FirstPictureWithMask(DataOf<GifInstance>(self)->record);

@@ -52,8 +52,8 @@ bool PreparePlanes(RowLookup& lookup) {
 }
 
 __attribute__((target("avx512f,avx512bw,avx512vbmi"))) void RenderPlanes(const RowLookup& lookup,
-                                                                         const uint8_t* indexes,
-                                                                         int64_t count, uint8_t* pixels) {
+                                                                         const uint8_t* indexes, int64_t count,
+                                                                         uint8_t* pixels) {
   __m512i plane[4][4];
   for (int b = 0; b < 4; ++b) {
     for (int quarter = 0; quarter < 4; ++quarter) {
@@ -72,10 +72,8 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi"))) void RenderPlanes(const R
       byte[b] = _mm512_mask_blend_epi8(upper_half, _mm512_permutex2var_epi8(plane[b][0], index, plane[b][1]),
                                        _mm512_permutex2var_epi8(plane[b][2], index, plane[b][3]));
     }
-    const __m512i low01 = _mm512_unpacklo_epi8(byte[0], byte[1]),
-                  high01 = _mm512_unpackhi_epi8(byte[0], byte[1]);
-    const __m512i low23 = _mm512_unpacklo_epi8(byte[2], byte[3]),
-                  high23 = _mm512_unpackhi_epi8(byte[2], byte[3]);
+    const __m512i low01 = _mm512_unpacklo_epi8(byte[0], byte[1]), high01 = _mm512_unpackhi_epi8(byte[0], byte[1]);
+    const __m512i low23 = _mm512_unpacklo_epi8(byte[2], byte[3]), high23 = _mm512_unpackhi_epi8(byte[2], byte[3]);
     uint8_t* out = pixels + 4 * x;
     _mm512_storeu_si512(out, _mm512_unpacklo_epi16(low01, low23));
     _mm512_storeu_si512(out + 64, _mm512_unpackhi_epi16(low01, low23));
@@ -111,8 +109,8 @@ bool PrepareWindow(RowLookup& lookup) {
   return true;
 }
 
-__attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const uint8_t* indexes,
-                                                  int64_t count, uint8_t* pixels) {
+__attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const uint8_t* indexes, int64_t count,
+                                                  uint8_t* pixels) {
   __m256i plane[4];
   for (int b = 0; b < 4; ++b) {
     plane[b] = _mm256_permute4x64_epi64(*Vector256(lookup.planes[b].data()), 0x44);  // the 16 bytes twice
@@ -129,10 +127,8 @@ __attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const
     index = _mm256_adds_epu8(_mm256_sub_epi8(index, first), outside);
     __m256i byte[4];
     for (int b = 0; b < 4; ++b) byte[b] = _mm256_shuffle_epi8(plane[b], index);
-    const __m256i low01 = _mm256_unpacklo_epi8(byte[0], byte[1]),
-                  high01 = _mm256_unpackhi_epi8(byte[0], byte[1]);
-    const __m256i low23 = _mm256_unpacklo_epi8(byte[2], byte[3]),
-                  high23 = _mm256_unpackhi_epi8(byte[2], byte[3]);
+    const __m256i low01 = _mm256_unpacklo_epi8(byte[0], byte[1]), high01 = _mm256_unpackhi_epi8(byte[0], byte[1]);
+    const __m256i low23 = _mm256_unpacklo_epi8(byte[2], byte[3]), high23 = _mm256_unpackhi_epi8(byte[2], byte[3]);
     const __m256i a = _mm256_unpacklo_epi16(low01, low23), b = _mm256_unpackhi_epi16(low01, low23);
     const __m256i c = _mm256_unpacklo_epi16(high01, high23), d = _mm256_unpackhi_epi16(high01, high23);
     uint8_t* out = pixels + 4 * x;
@@ -147,8 +143,8 @@ __attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const
 
 bool PrepareEights(RowLookup&) { return __builtin_cpu_supports("avx2"); }
 
-__attribute__((target("avx2"))) void RenderEights(const RowLookup& lookup, const uint8_t* indexes,
-                                                  int64_t count, uint8_t* pixels) {
+__attribute__((target("avx2"))) void RenderEights(const RowLookup& lookup, const uint8_t* indexes, int64_t count,
+                                                  uint8_t* pixels) {
   const auto* table = static_cast<const int*>(static_cast<const void*>(lookup.pixels.data()));
   for (int64_t x = 0; x < count; x = NextStart(x, 8, count)) {
     uint32_t i, j;

@@ -36,8 +36,7 @@ CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* units, CFIndex count);
-CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex max_length,
-                                             CFStringRef string);
+CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex max_length, CFStringRef string);
 // Puts base characters and marks in place of characters that combine them; without memory changes nothing.
 void CFStringNormalize(CFMutableStringRef string, CFStringNormalizationForm form);
 CFIndex CFStringGetLength(CFStringRef string);  // UTF-16 units

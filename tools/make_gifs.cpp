@@ -21,9 +21,9 @@ namespace {
 constexpr int kWidth = 160;
 constexpr int kHeight = 120;
 constexpr int kFrames = 16;
-constexpr int kColours = 63;       // the 64th is the transparent one
+constexpr int kColours = 63;  // the 64th is the transparent one
 constexpr int kTransparent = 63;
-constexpr int kDelay = 9;          // hundredths of a second
+constexpr int kDelay = 9;  // hundredths of a second
 constexpr int kLampX = 112;
 constexpr int kLampY = 38;
 
@@ -122,8 +122,8 @@ Indexes Quantise(gdImagePtr frame, gdImagePtr palette) {
   for (int y = 0; y < kHeight; ++y) {
     for (int x = 0; x < kWidth; ++x) {
       const int c = gdImageGetTrueColorPixel(frame, x, y);
-      indexes.push_back(uint8_t(gdImageColorClosest(palette, gdTrueColorGetRed(c), gdTrueColorGetGreen(c),
-                                                    gdTrueColorGetBlue(c))));
+      indexes.push_back(
+          uint8_t(gdImageColorClosest(palette, gdTrueColorGetRed(c), gdTrueColorGetGreen(c), gdTrueColorGetBlue(c))));
     }
   }
   return indexes;
@@ -181,7 +181,8 @@ void Write(const char* path, const std::vector<Indexes>& frames, gdImagePtr pale
   EGifSetGifVersion(gif, true);
   ColorMapObject* colours = GifMakeMapObject(64, nullptr);
   for (int i = 0; i < kColours; ++i) {
-    colours->Colors[i] = {GifByteType(palette->red[i]), GifByteType(palette->green[i]), GifByteType(palette->blue[i])};
+    colours->Colors[i] = {GifByteType(palette->red[i]), GifByteType(palette->green[i]),
+                          GifByteType(palette->blue[i])};
   }
   Check(EGifPutScreenDesc(gif, kWidth, kHeight, 6, 0, colours));
   GifFreeMapObject(colours);

@@ -28,8 +28,7 @@ enum Event {
 };
 
 struct GifDecoder {
-  int32_t code_size, clear_code, end_code, code_count, code_width, width_limit, last_code, stack_depth,
-      bit_count;
+  int32_t code_size, clear_code, end_code, code_count, code_width, width_limit, last_code, stack_depth, bit_count;
   uint64_t bit_buffer;
   int32_t data_ended, block_pos, block_len;
   std::array<uint8_t, 256> block;
