@@ -158,8 +158,9 @@ class OracleReader {
     const int32_t code_size = Byte();
     const bool decodes = code_size <= 11 && width > 0 && height > 0;
     oracle::SetUp(&decoder, decodes ? code_size : 0);
-    Bytes pixels = oracle::ReadImage(&stream_, &decoder, width, decodes ? height : 0);
-    pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height));
+    const auto decoded = oracle::ReadImage(&stream_, &decoder, width, decodes ? height : 0);
+    Bytes pixels(static_cast<size_t>(width) * static_cast<size_t>(height));
+    std::copy(decoded.begin(), decoded.end(), pixels.begin());
     return pixels;
   }
 

@@ -145,7 +145,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   Bytes flat = maker.sound() ? Flatten(gif) : Bytes();
   DeleteGif(gif);
 
-  const Bytes expected = FlattenByOracle(&file, maker.sound() ? INT64_MAX : 16384);
+  const Bytes expected = FlattenByOracle(&file, maker.sound() ? INT64_MAX : 40000);
   const Bytes read = FlattenByReader(file);
   ExpectEqual("file written", read, expected);
   if (!maker.sound()) return 0;

@@ -1,6 +1,6 @@
 -- Small documents that between them hold everything.
 
-local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "support/make_gif.lua")
+local make_gif = dofile(debug.getinfo(1, "S").source:match("@(.*/)") .. "make_gif.lua")
 
 local control, comment = { 0xF9, "\1\5\0\2" }, { 0xFE, "first", ("second"):rep(8), "x" }
 local image = { width = 3, height = 9, pixels = ("\0\1\2\3\2\1\1\1\1"):rep(3), interlaced = true }
