@@ -63,6 +63,9 @@ inline uint64_t LoadLittleEndian(const uint8_t* bytes) {
   return std::endian::native == std::endian::big ? __builtin_bswap64(value) : value;
 }
 
+// Of at least 56 bits in a load of eight bytes, four codes have at most 48.
+constexpr int32_t kBatch = 4, kLoad = 8;
+
 // A string in the image, and the code that put it there. As a table entry it is one pixel longer.
 struct String {
   uint32_t place;   // of its first pixel, counted from the image's
@@ -78,6 +81,7 @@ class ImageDecoder {
   void Decode();
 
  private:
+  bool HasBatch() const;
   template <bool kNearEnd>
   void DecodeBatches();
   bool DecodeOne();
@@ -129,10 +133,18 @@ ImageDecoder::ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, i
 
 void ImageDecoder::Decode() {
   while (done_ < total_) {
-    DecodeBatches<false>();
-    DecodeBatches<true>();
+    if (HasBatch()) {
+      DecodeBatches<false>();
+      DecodeBatches<true>();
+    }
     if (done_ < total_ && !DecodeOne()) return HandOver();
   }
+}
+
+// Whether there are bits for several codes of one width, and a string that the first of them makes an entry of.
+bool ImageDecoder::HasBatch() const {
+  return next_ != exact_->end_code && exact_->width_limit - next_ > kBatch &&
+         exact_->block_len - exact_->block_pos >= kLoad;
 }
 
 // Several codes of one width from each load of bits. Stops before a code that is not plainly sound, near the
@@ -140,8 +152,6 @@ void ImageDecoder::Decode() {
 // not fit.
 template <bool kNearEnd>
 void ImageDecoder::DecodeBatches() {
-  constexpr int32_t kBatch = 4;  // codes of at most 12 bits from at least 56
-  if (next_ == exact_->end_code) return;
   // In locals, which the stores of pixels cannot change.
   const int32_t width = exact_->code_width;
   const uint64_t mask = (uint64_t{1} << width) - 1;
@@ -178,7 +188,7 @@ void ImageDecoder::DecodeBatches() {
     return true;
   };
   bool sound = true;
-  while (sound && next <= last_next && in_end - in >= 8 && (kNearEnd || total - done >= kBatch * kTableSize)) {
+  while (sound && next <= last_next && in_end - in >= kLoad && (kNearEnd || total - done >= kBatch * kTableSize)) {
     // Bits above `bits` are those that the next load brings once more.
     buffer |= LoadLittleEndian(in) << bits;
     in += (63 - bits) >> 3;
