@@ -110,11 +110,12 @@ void CompareRendering(int rounds) {
   std::printf("\n");
 }
 
-// As scripts open a file: a stream with a buffer of 1 MiB, made and closed.
+// As scripts open a file: a stream and its buffer, made and closed.
 Work OpenFile(const std::string& path) {
   return [path] {
+    const std::unique_ptr<char[]> buffer(new char[kReadBuffer]);
     FILE* file = std::fopen(path.c_str(), "rb");
-    std::setvbuf(file, nullptr, _IOFBF, 0x100000);
+    std::setvbuf(file, buffer.get(), _IOFBF, kReadBuffer);
     MyFILE stream = {nullptr, 0, 0, file};
     Gif* gif = NewGif();
     ReadGif(&stream, gif);

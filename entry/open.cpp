@@ -1,6 +1,8 @@
 #include "entry/open.h"
 
 #include <cstring>
+#include <memory>
+#include <new>
 
 #include "classes/instance.h"
 #include "codec/folder_item.h"
@@ -32,8 +34,11 @@ REALobjectStruct* InstanceOwning(DocumentHolder gif) {
 }  // namespace
 
 REALobjectStruct* OpenGIFfile1(REALfolderItemStruct* item) {
+  // Outlives the stream. Some C libraries take no size for a buffer that they make themselves.
+  const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kReadBuffer]);
   FileHolder file(OpenCFILE(item, "rb"));
   if (!file) return nullptr;
+  if (buffer) std::setvbuf(file.get(), buffer.get(), _IOFBF, kReadBuffer);
   DocumentHolder gif = ReadDocument({nullptr, 0, 0, file.get()});
   file.reset();
   return InstanceOwning(std::move(gif));
