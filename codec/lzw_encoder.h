@@ -20,7 +20,7 @@
 constexpr int32_t kFlush = 4096;     // in place of a code: write out everything and end the image data
 constexpr int32_t kNoPrefix = 4097;  // in place of a prefix: no pixel has been taken yet
 
-// About 115 KiB; owned by its user, who need not fill it in.
+// About 121 KiB; owned by its user, who need not fill it in.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
   int32_t clear_code;   // 2 to the power `code_size`
@@ -39,7 +39,7 @@ struct GifEncoder {
   RunStrings runs;
   int64_t pixels_since_clear;  // pixels that the present strings have coded
 
-  uint8_t block[8192];  // image data still to be written, several sub-blocks of it
+  uint8_t block[4608];  // image data still to be written, several sub-blocks of it
 };
 
 // Readies an encoder for an image whose pixels are coded with at least `code_size` (2 to 11) bits.

@@ -9,7 +9,8 @@
 
 namespace {
 
-// The first pixel that is not of that colour, or `end`.
+// The first pixel that is not of that colour, or `end`. Most runs are short: they are measured without a branch that
+// depends on how long they are.
 const uint8_t* EndOfRun(const uint8_t* at, const uint8_t* end, uint32_t colour) {
   const uint64_t eight = colour * 0x0101010101010101U;
   const auto differences = [&](const uint8_t* pixels) {
@@ -17,49 +18,61 @@ const uint8_t* EndOfRun(const uint8_t* at, const uint8_t* end, uint32_t colour) 
     std::memcpy(&word, pixels, sizeof word);
     return word ^ eight;
   };
-  for (; end - at >= 64; at += 64) {
-    uint64_t any = 0;
-    for (int i = 0; i < 64; i += 8) any |= differences(at + i);
-    if (any != 0) break;
-  }
-  for (; end - at >= 8; at += 8) {
+  while (end - at >= 8) {
     if (const uint64_t found = differences(at); found != 0) return at + std::countr_zero(found) / 8;
+    for (at += 8; end - at >= 64; at += 64) {
+      uint64_t any = 0;
+      for (int i = 0; i < 64; i += 8) any |= differences(at + i);
+      if (any != 0) break;
+    }
   }
   while (at < end && *at == colour) ++at;
   return at;
 }
 
-// The code of `colour` as many times as `length` says, 1 to the colour's longest.
-uint32_t RunCode(const RunStrings& runs, uint32_t colour, int32_t length) {
-  return length == 1 ? colour : runs.codes[runs.colours[colour].first + length - 2];
+int32_t LongestRun(const RunStrings& runs, uint32_t head) { return runs.codes[runs.first[head]]; }
+
+// The code of the head when its run is `length` pixels long, 1 to the head's longest.
+uint32_t RunCode(const RunStrings& runs, uint32_t head, int32_t length) {
+  return length == 1 ? head : runs.codes[runs.first[head] + length];
 }
 
-// Gives a code to the next longer string of one colour. A colour's codes move to a place of twice the size when they
-// have filled theirs; the places of all colours together stay below four times the number of codes.
-void AddRun(RunStrings& runs, uint32_t colour, uint32_t code) {
-  ColourRuns& own = runs.colours[colour];
-  const int32_t count = own.longest - 1;
-  if (count == own.room) {
-    std::copy_n(runs.codes + own.first, count, runs.codes + runs.codes_used);
-    own.first = static_cast<uint16_t>(runs.codes_used);
-    own.room = static_cast<uint16_t>(count == 0 ? 4 : count * 2);
-    runs.codes_used += own.room;
+// The code of a string that is about to be stored; nothing follows it yet.
+uint32_t NewString(RunStrings& runs, const CodeWriter& codes) {
+  const uint32_t code = codes.next_code();
+  runs.first[code] = 0;
+  runs.other_code[code] = 0;
+  return code;
+}
+
+// Gives a code to the head with the next longer run. The head moves to a place of twice the size when it has filled
+// its own; all places together stay below four times the number of codes.
+void AddRun(RunStrings& runs, uint32_t head, uint32_t code) {
+  const uint16_t* const old = runs.codes + runs.first[head];
+  const uint16_t longest = old[0], room = old[1];
+  uint16_t* place = runs.codes + runs.first[head];
+  if (longest > room) {
+    runs.first[head] = static_cast<uint16_t>(runs.codes_used);
+    place = runs.codes + runs.codes_used;
+    place[1] = static_cast<uint16_t>(2 * room + 2);
+    std::copy_n(old + 2, longest - 1, place + 2);
+    runs.codes_used += 2 + place[1];
   }
-  runs.codes[own.first + count] = static_cast<uint16_t>(code);
-  ++own.longest;
+  place[0] = static_cast<uint16_t>(longest + 1);
+  place[longest + 1] = static_cast<uint16_t>(code);
 }
 
-// With a string of one colour in hand: takes the pixels that go on with it, and codes as many strings as they fill.
-// False when all strings must be cleared.
+// Takes the pixels that go on with the last one, and codes as many strings as they fill. False when all strings must
+// be cleared.
 bool CodeRun(RunStrings& runs, CodeWriter& codes, const uint8_t*& at, const uint8_t* end) {
   const auto colour = static_cast<uint32_t>(runs.last_pixel);
-  const ColourRuns& own = runs.colours[colour];
   int64_t coming = EndOfRun(at, end, colour) - at;
   at += coming;
-  while (runs.length + coming > own.longest) {
-    coming -= own.longest + 1 - runs.length;
-    codes.Put(RunCode(runs, colour, own.longest));
-    AddRun(runs, colour, codes.next_code());
+  for (int32_t longest = 0; runs.length + coming > (longest = LongestRun(runs, runs.head));) {
+    coming -= longest + 1 - runs.length;
+    codes.Put(RunCode(runs, runs.head, longest));
+    AddRun(runs, runs.head, NewString(runs, codes));
+    runs.head = colour;
     runs.length = 1;
     if (codes.Advance()) continue;
     at -= coming;
@@ -76,31 +89,41 @@ void StoreInTable(GifEncoder* encoder, uint32_t prefix, uint32_t pixel, uint32_t
   encoder->hash_table[slot] = key << kCodeBits | code;
 }
 
+// Moves what a head becomes in runs into the hash table.
+void StoreRuns(GifEncoder* encoder, uint32_t head, uint32_t pixel) {
+  const RunStrings& runs = encoder->runs;
+  for (int32_t length = 2; length <= LongestRun(runs, head); ++length) {
+    StoreInTable(encoder, RunCode(runs, head, length - 1), pixel, RunCode(runs, head, length));
+  }
+}
+
 }  // namespace
 
 void UseRuns(GifEncoder* encoder) {
   RunStrings& runs = encoder->runs;
   runs.in_use = 1;
   runs.last_pixel = encoder->prefix_code;
+  runs.head = static_cast<uint32_t>(encoder->prefix_code);
   runs.length = 1;
-  runs.codes_used = 0;
-  std::fill(std::begin(runs.colours), std::end(runs.colours), ColourRuns{1, 0, 0});
+  runs.codes[0] = 1;
+  runs.codes[1] = 0;
+  runs.codes_used = 2;
+  std::fill_n(runs.first, encoder->next_code, uint16_t{0});
+  std::fill_n(runs.other_code, encoder->next_code, uint16_t{0});
 }
 
 void LeaveRuns(GifEncoder* encoder) {
   RunStrings& runs = encoder->runs;
   runs.in_use = 0;
-  // Lists begin at strings that are in the table; what this adds to the table may be met again and changes nothing.
+  // What this adds to the table may be met again, and changes nothing.
   for (const uint32_t entry : encoder->hash_table) {
-    if (entry == kEmptyEntry) continue;
-    const uint32_t pixel = entry >> kCodeBits & 0xFF;
-    for (uint32_t code = entry & kCodeMask; runs.again[code] != 0; code = runs.again[code]) {
-      StoreInTable(encoder, code, pixel, runs.again[code]);
-    }
+    if (entry != kEmptyEntry) StoreRuns(encoder, entry & kCodeMask, entry >> kCodeBits & 0xFF);
   }
-  for (uint32_t colour = 0; colour < std::size(runs.colours); ++colour) {
-    for (int32_t length = 2; length <= runs.colours[colour].longest; ++length) {
-      StoreInTable(encoder, RunCode(runs, colour, length - 1), colour, RunCode(runs, colour, length));
+  for (uint32_t code = 0; code < static_cast<uint32_t>(encoder->next_code); ++code) {
+    if (code < 256 && code < static_cast<uint32_t>(encoder->clear_code)) StoreRuns(encoder, code, code);
+    if (const uint32_t other = runs.other_code[code]; other != 0) {
+      StoreInTable(encoder, code, runs.other_pixel[code], other);
+      StoreRuns(encoder, other, runs.other_pixel[code]);
     }
   }
 }
@@ -109,42 +132,39 @@ const uint8_t* CodeRuns(GifEncoder* encoder, const uint8_t* at, const uint8_t* e
   CodeWriter codes(encoder);
   RunStrings& runs = encoder->runs;
   uint32_t* const table = encoder->hash_table;
-  auto prefix = static_cast<uint32_t>(encoder->prefix_code);
-  for (bool room = true; at < end && room;) {
-    const uint32_t pixel = *at;
-    const bool again = static_cast<int32_t>(pixel) == runs.last_pixel;
-    if (again && runs.length > 0) {
-      room = CodeRun(runs, codes, at, end);
-      prefix = RunCode(runs, pixel, runs.length);
+  while (at < end) {
+    if (*at == runs.last_pixel) {
+      if (!CodeRun(runs, codes, at, end)) break;
       continue;
     }
-    ++at;
+    const uint32_t pixel = *at++;
+    const uint32_t prefix = RunCode(runs, runs.head, runs.length);
+    runs.length = 1;
+    runs.last_pixel = static_cast<int32_t>(pixel);
+    const uint32_t other = runs.other_code[prefix];
     const uint32_t key = Key(prefix, pixel);
     uint32_t slot = 0;
-    uint32_t found = 0;
-    if (again) {
-      found = runs.again[prefix];
-    } else if (FindString(table, key, slot)) {
-      found = table[slot] & kCodeMask;
-    }
-    runs.last_pixel = static_cast<int32_t>(pixel);
-    if (found != 0) {
-      prefix = found;
-      runs.length = 0;
-      continue;
+    if (other != 0) {
+      if (runs.other_pixel[prefix] == pixel) {
+        runs.head = other;
+        continue;
+      }
+      if (FindString(table, key, slot)) {
+        runs.head = table[slot] & kCodeMask;
+        continue;
+      }
     }
     codes.Put(prefix);
-    const uint32_t code = codes.next_code();
-    if (again) {
-      runs.again[prefix] = static_cast<uint16_t>(code);
+    const uint32_t code = NewString(runs, codes);
+    if (other == 0) {
+      runs.other_code[prefix] = static_cast<uint16_t>(code);
+      runs.other_pixel[prefix] = static_cast<uint8_t>(pixel);
     } else {
       table[slot] = key << kCodeBits | code;
     }
-    runs.again[code] = 0;
-    prefix = pixel;
-    runs.length = 1;
-    room = codes.Advance();
+    runs.head = pixel;
+    if (!codes.Advance()) break;
   }
-  encoder->prefix_code = static_cast<int32_t>(prefix);
+  encoder->prefix_code = static_cast<int32_t>(RunCode(runs, runs.head, runs.length));
   return at;
 }

@@ -2,36 +2,32 @@
 
 // The encoder's way with runs, for pictures of even areas.
 //
-// There most pixels are like the one before, and strings that end in a run are held apart from all others:
+// There most pixels are like the one before, and most strings go on in one way, or in two. So what follows a string
+// is looked for in three places:
 //
-// - Strings of one colour: how far a run goes is found many pixels at a time, and its code in one step, however
-//   long it is. Since every beginning of a string is a string, the lengths that a colour has codes for are those
-//   from 1 to some longest one.
-// - Strings of several colours that go on with their last pixel: a list from code to code, shorter to follow than the
-//   hash table is to search.
+// - When the same pixel comes again: what the string becomes stands in a row, by the length of the run that it then
+//   ends in. How far a run goes is found many pixels at a time, and its code in one step, however long it is. (Since
+//   every beginning of a string is a string, the lengths that have codes are those from 1 to some longest one.)
+// - The first other pixel that ever followed stands with the string itself. Without one there are no others.
+// - All others are in the hash table.
 //
-// Other pictures would pay for looking at what comes; the encoder chooses at each clear code.
+// Other pictures would pay for looking in several places; the encoder chooses at each clear code.
 
 #include <cstdint>
 
 struct GifEncoder;
 
-struct ColourRuns {
-  uint16_t longest;  // pixels, at least 1: the colour itself
-  uint16_t first;    // where in `RunStrings::codes` the codes of lengths 2 to `longest` stand
-  uint16_t room;     // codes that have room there
-};
-
 // Valid as a whole while `in_use`.
 struct RunStrings {
-  int32_t in_use;      // 1 while strings that end in a run are here, 0 while all are in the hash table
-  int32_t last_pixel;  // of the string in hand
-  int32_t length;      // its pixels if they are all of one colour, else 0
-  int32_t codes_used;  // entries of `codes` given to colours
-  ColourRuns colours[256];
-  uint16_t codes[16384];
-  uint16_t
-      again[4096];  // by the code of a string of several colours: that of the string and its last pixel again, or 0
+  int32_t in_use;         // 1 while strings are here, 0 while all are in the hash table
+  int32_t last_pixel;     // of the string in hand
+  uint32_t head;          // the string in hand, taken back to where its last run begins
+  int32_t length;         // of that run, at least 1
+  int32_t codes_used;     // entries of `codes` given away
+  uint16_t first[4096];   // by head: where its place in `codes` begins; 0, a place without room, for most
+  uint16_t codes[16384];  // each place: the longest run, the codes that there is room for, the codes from length 2 on
+  uint16_t other_code[4096];  // by code: that of the string with the first other pixel that followed; 0: none
+  uint8_t other_pixel[4096];  // that pixel
 };
 
 // Begins using runs. The encoder has no strings yet, and one pixel in hand that fits the code size.
