@@ -36,7 +36,8 @@ constexpr Goal kGoals[] = {
     {"user interface, 64 colours", 20, 5},
     {"noise", 3.5, 2.7},
     {"one colour 4096^2", 80, 60},
-    {"icon 32x32", 8, 0},
+    {"icon 32x32, shaded", 8, 0},
+    {"icon 32x32, flat", 8, 0},
 };
 
 std::string Times(double ratio) {

@@ -66,13 +66,32 @@ static SampleImage OneColour(int32_t side) {
           std::vector<uint8_t>(static_cast<size_t>(side) * side, 5)};
 }
 
-static SampleImage Icon(int32_t side) {
-  SampleImage image{"icon 32x32", side, side, 5, {}};
+// A ball of two dozen shades.
+static SampleImage ShadedIcon(int32_t side) {
+  SampleImage image{"icon 32x32, shaded", side, side, 5, {}};
   for (int32_t y = 0; y < side; ++y) {
     for (int32_t x = 0; x < side; ++x) {
       const int32_t radius = (x - side / 2) * (x - side / 2) + (y - side / 2) * (y - side / 2);
       const bool inside = radius < side * side / 5;
       image.pixels.push_back(inside ? static_cast<uint8_t>(4 + radius / 12 % 24) : uint8_t{0});
+    }
+  }
+  return image;
+}
+
+// A folder with a tab, an outline and a shadow, in five of 16 colours.
+static SampleImage FlatIcon(int32_t side) {
+  SampleImage image{"icon 32x32, flat", side, side, 4, {}};
+  const auto inside = [&](int32_t x, int32_t y, int32_t by) {
+    const bool body = x >= 2 + by && x < side - 4 - by && y >= 9 + by && y < side - 5 - by;
+    const bool tab = x >= 3 + by && x < 14 - by && y >= 5 + by && y < 12;
+    return body || tab;
+  };
+  for (int32_t y = 0; y < side; ++y) {
+    for (int32_t x = 0; x < side; ++x) {
+      const int32_t paper = y < 14 ? 2 : 3;
+      const int32_t shadow = inside(x - 2, y - 2, 0) ? 4 : 0;
+      image.pixels.push_back(static_cast<uint8_t>(inside(x, y, 1) ? paper : inside(x, y, 0) ? 1 : shadow));
     }
   }
   return image;
@@ -88,7 +107,8 @@ std::vector<SampleImage> SampleImages() {
           UserInterface(1024, 768, 6),
           Noise(1024, 768),
           OneColour(4096),
-          Icon(32)};
+          ShadedIcon(32),
+          FlatIcon(32)};
 }
 
 std::vector<uint8_t> EncodeSample(const SampleImage& image) {

@@ -57,10 +57,27 @@ inline void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
   }
 }
 
+inline uint64_t LittleEndian(uint64_t value) {
+  return std::endian::native == std::endian::big ? __builtin_bswap64(value) : value;
+}
+
 inline uint64_t LoadLittleEndian(const uint8_t* bytes) {
   uint64_t value = 0;
   std::memcpy(&value, bytes, sizeof value);
-  return std::endian::native == std::endian::big ? __builtin_bswap64(value) : value;
+  return LittleEndian(value);
+}
+
+// Copies a string, 2 pixels or more, of which the last lies where the first is put. A short one is put together
+// before it is stored: the code after it is likely to want it, and loading what two stores made is slow.
+[[gnu::noinline]] void CopyWithFirst(uint8_t* to, const uint8_t* from, uint64_t length) {
+  if (length <= sizeof(uint64_t)) [[likely]] {
+    const uint64_t pixels = LoadLittleEndian(from), shift = 8 * (length - 1);
+    const uint64_t piece = LittleEndian((pixels & ((uint64_t{1} << shift) - 1)) | pixels << shift);
+    std::memcpy(to, &piece, sizeof piece);
+  } else {
+    CopyForward(to, from, length);
+    to[length - 1] = to[0];
+  }
 }
 
 // Of at least 56 bits in a load of eight bytes, four codes have at most 48.
@@ -176,8 +193,7 @@ void ImageDecoder::DecodeBatches() {
     const uint8_t* const from = pixels + strings[code].place;
     if (code >= next) [[unlikely]] {
       if (code > next) return false;
-      CopyForward(to, from, length);
-      to[length - 1] = to[0];
+      CopyWithFirst(to, from, length);
     } else {
       CopyForward(to, from, length);
     }
