@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <fstream>
+#include <numeric>
 
 namespace {
 
@@ -40,6 +41,21 @@ std::string Decade(double decade) {
   return "10<tspan dy='-5' font-size='9'>" + std::to_string(static_cast<int>(decade)) + "</tspan>";
 }
 
+// Beside each curve's last point, or below the label above it.
+std::vector<double> LabelHeights(const std::vector<Growth>& curves, const Axis& y) {
+  constexpr double kLineHeight = 17;
+  std::vector<double> heights;
+  for (const Growth& curve : curves) heights.push_back(y.At(curve.points.back().second));
+  std::vector<size_t> from_the_top(heights.size());
+  std::iota(from_the_top.begin(), from_the_top.end(), size_t{0});
+  std::sort(from_the_top.begin(), from_the_top.end(), [&](size_t a, size_t b) { return heights[a] < heights[b]; });
+  for (size_t i = 1; i < from_the_top.size(); ++i) {
+    double& height = heights[from_the_top[i]];
+    height = std::max(height, heights[from_the_top[i - 1]] + kLineHeight);
+  }
+  return heights;
+}
+
 }  // namespace
 
 void WritePlot(const std::string& path, const std::vector<Growth>& curves) {
@@ -59,6 +75,7 @@ void WritePlot(const std::string& path, const std::vector<Growth>& curves) {
   svg << Text((kLeft + kWidth - kRight) / 2, kHeight - 10, "size", "middle")
       << Text(kLeft, kTop - 12, "seconds to read", "middle");
   const char* const colours[] = {"#1f5fa8", "#c0392b", "#27834a", "#8e44ad"};
+  const std::vector<double> label_heights = LabelHeights(curves, y);
   for (size_t i = 0; i < curves.size(); ++i) {
     const char* colour = colours[i % 4];
     svg << "<polyline fill='none' stroke='" << colour << "' stroke-width='2' points='";
@@ -67,9 +84,8 @@ void WritePlot(const std::string& path, const std::vector<Growth>& curves) {
     for (const auto& [size, seconds] : curves[i].points) {
       svg << "<circle cx='" << x.At(size) << "' cy='" << y.At(seconds) << "' r='3.5' fill='" << colour << "'/>\n";
     }
-    const auto& [size, seconds] = curves[i].points.back();
-    svg << "<g fill='" << colour << "'>" << Text(x.At(size) + 10, y.At(seconds) + 4, curves[i].name, "start")
-        << "</g>\n";
+    svg << "<g fill='" << colour << "'>"
+        << Text(x.At(curves[i].points.back().first) + 10, label_heights[i] + 4, curves[i].name, "start") << "</g>\n";
   }
   svg << "</svg>\n";
 }

@@ -66,7 +66,7 @@ int32_t DisplayRow(int32_t height, bool interlaced, int32_t index) {
     int32_t first, step;
   };
   for (const Pass pass : {Pass{0, 8}, Pass{4, 8}, Pass{2, 4}, Pass{1, 2}}) {
-    const int32_t rows = (height - pass.first + pass.step - 1) / pass.step;
+    const auto rows = static_cast<int32_t>((int64_t{height} - pass.first + pass.step - 1) / pass.step);
     if (index < rows) return pass.first + index * pass.step;
     index -= rows;
   }
