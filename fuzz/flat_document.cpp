@@ -60,8 +60,11 @@ void PutExtension(Bytes* flat, const GifExtension& extension) {
 // Reads a file field by field as the format lays it out.
 class OracleReader {
  public:
-  OracleReader(Bytes* file, int64_t limit)
-      : file_(file), limit_(limit), stream_{file->data(), static_cast<int64_t>(file->size()), 0, nullptr} {}
+  OracleReader(Bytes* file, int64_t limit, bool decodes)
+      : file_(file),
+        limit_(limit),
+        decodes_(decodes),
+        stream_{file->data(), static_cast<int64_t>(file->size()), 0, nullptr} {}
 
   Bytes Read() {
     uint8_t header[8] = {};
@@ -150,7 +153,9 @@ class OracleReader {
       Put(&flat_, field);
     }
     ReadPalette(has_table ? 1 << depth : 0);
-    PutRows(ReadPixels(width, height), width, height, interlaced);
+    if (decodes_) return PutRows(ReadPixels(width, height), width, height, interlaced);
+    Byte();
+    while (const int32_t length = Byte()) stream_.position += length;
   }
 
   Bytes ReadPixels(int32_t width, int32_t height) {
@@ -187,6 +192,7 @@ class OracleReader {
 
   Bytes* file_;
   int64_t limit_;
+  bool decodes_;
   MyFILE stream_;
   Bytes flat_;
   int64_t spent_ = 0;
@@ -214,7 +220,9 @@ Bytes Flatten(const Gif* gif) {
   return flat;
 }
 
-Bytes FlattenByOracle(Bytes* file, int64_t limit) { return OracleReader(file, limit).Read(); }
+Bytes FlattenByOracle(Bytes* file, int64_t limit) { return OracleReader(file, limit, true).Read(); }
+
+void LimitImages(Bytes* file, int64_t limit) { OracleReader(file, limit, false).Read(); }
 
 Bytes FlattenByReader(const Bytes& file) {
   MyFILE stream = {file.data(), static_cast<int64_t>(file.size()), 0, nullptr};

@@ -29,7 +29,10 @@ Bytes Flatten(const Gif* gif);
 // Once the rows of its images cost more than `limit` bytes, further images are made small in `file` itself.
 Bytes FlattenByOracle(Bytes* file, int64_t limit = 40000);
 
-// The same by the product's reader.
+// Makes images small as `FlattenByOracle` does, and no more.
+void LimitImages(Bytes* file, int64_t limit);
+
+// The document flattened by the product's reader.
 Bytes FlattenByReader(const Bytes& file);
 
 // Ends the program, saying so, when two flat documents differ.
