@@ -3,6 +3,7 @@
 #include <gdfonts.h>
 
 #include <algorithm>
+#include <vector>
 
 namespace host {
 namespace {
@@ -30,6 +31,7 @@ struct Clipped {
 };
 
 uint32_t Mix(uint32_t below, uint32_t above, uint32_t opacity) {
+  if (opacity == 0 || opacity == 255) return opacity == 0 ? below : above;
   uint32_t mixed = 0;
   for (const uint32_t shift : {0u, 8u, 16u}) {
     const uint32_t a = (above >> shift) & 0xFF;
@@ -39,24 +41,42 @@ uint32_t Mix(uint32_t below, uint32_t above, uint32_t opacity) {
   return mixed;
 }
 
-void CopyPixel(Picture& picture, int x, int y, const Picture& source, int from_x, int from_y) {
-  const uint32_t transparency = source.TransparencyAt(from_x, from_y);
-  if (transparency == 255) return;
-  Blend(picture, x, y, source.pixels().Get(from_x, from_y), 255 - transparency);
-}
+// Part of a row of a picture, with its transparency.
+class SourceRow {
+ public:
+  SourceRow(const Picture& picture, int first, int last)
+      : picture_(picture),
+        first_(first),
+        colors_(static_cast<size_t>(last - first + 1)),
+        transparency_(colors_.size()) {}
+
+  void Read(int y) {
+    picture_.pixels().Read(first_, y, colors_);
+    picture_.ReadTransparency(first_, y, transparency_);
+  }
+
+  uint32_t Over(uint32_t below, int x) const {
+    const auto at = static_cast<size_t>(x - first_);
+    return Mix(below, colors_[at], 255 - transparency_[at]);
+  }
+
+ private:
+  const Picture& picture_;
+  int first_;
+  std::vector<uint32_t> colors_;
+  std::vector<uint32_t> transparency_;
+};
 
 }  // namespace
 
 void Blend(Picture& picture, int x, int y, uint32_t rgb, uint32_t opacity) {
-  Pixels& pixels = picture.pixels();
-  pixels.Set(x, y, opacity == 255 ? rgb : Mix(pixels.Get(x, y), rgb, opacity));
+  picture.pixels().Set(x, y, Mix(picture.pixels().Get(x, y), rgb, opacity));
 }
 
 void FillRectangle(Picture& picture, const Rectangle& area, uint32_t rgb) {
   const Clipped inside(Bounded(area), picture);
-  for (int y = inside.top; y < inside.bottom; ++y) {
-    for (int x = inside.left; x < inside.right; ++x) picture.pixels().Set(x, y, rgb);
-  }
+  const std::vector<uint32_t> row(static_cast<size_t>(inside.right - inside.left), rgb);
+  for (int y = inside.top; y < inside.bottom; ++y) picture.pixels().Write(inside.left, y, row);
 }
 
 void DrawText(Picture& picture, int64_t x, int64_t y, std::string_view text, uint32_t rgb) {
@@ -78,14 +98,25 @@ void DrawPicture(Picture& picture, const Rectangle& target_area, const Picture& 
   const Rectangle target = Bounded(target_area);
   const Rectangle part = Bounded(source_area);
   const Clipped inside(target, picture);
+  // For the target's columns from `left` on, those of the source that they show.
+  int left = inside.left;
+  std::vector<int> columns;
+  for (int x = inside.left; x < inside.right; ++x) {
+    const int64_t from_x = part.x + (x - target.x) * part.width / target.width;
+    if (from_x < 0) left = x + 1;
+    if (from_x >= 0 && from_x < source.width()) columns.push_back(static_cast<int>(from_x));
+  }
+  if (columns.empty()) return;
+
+  SourceRow source_row(source, columns.front(), columns.back());
+  std::vector<uint32_t> row(columns.size());
   for (int y = inside.top; y < inside.bottom; ++y) {
     const int64_t from_y = part.y + (y - target.y) * part.height / target.height;
-    for (int x = inside.left; x < inside.right; ++x) {
-      const int64_t from_x = part.x + (x - target.x) * part.width / target.width;
-      if (source.Contains(from_x, from_y)) {
-        CopyPixel(picture, x, y, source, static_cast<int>(from_x), static_cast<int>(from_y));
-      }
-    }
+    if (!source.Contains(0, from_y)) continue;
+    source_row.Read(static_cast<int>(from_y));
+    picture.pixels().Read(left, y, row);
+    for (size_t i = 0; i < row.size(); ++i) row[i] = source_row.Over(row[i], columns[i]);
+    picture.pixels().Write(left, y, row);
   }
 }
 

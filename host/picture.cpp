@@ -1,5 +1,7 @@
 #include "host/picture.h"
 
+#include <algorithm>
+
 #include "host/host.h"
 #include "host/text.h"
 
@@ -27,8 +29,12 @@ bool Picture::SetMask(Ref<Picture> mask) {
   return true;
 }
 
-uint32_t Picture::TransparencyAt(int x, int y) const {
-  return mask_ && mask_->Contains(x, y) ? mask_->pixels().Get(x, y) & 0xFF : 0;
+void Picture::ReadTransparency(int x, int y, std::span<uint32_t> to) const {
+  const size_t masked =
+      mask_ && mask_->Contains(x, y) ? std::min(to.size(), static_cast<size_t>(mask_->width_ - x)) : 0;
+  if (masked > 0) mask_->pixels().Read(x, y, to.first(masked));
+  for (uint32_t& transparency : to.first(masked)) transparency &= 0xFF;
+  std::ranges::fill(to.subspan(masked), 0);
 }
 
 bool Picture::LockDescription(uint32_t kind, REALpictureDescription& description) {

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <span>
 
 #include "host/object.h"
 #include "host/pixels.h"
@@ -31,8 +31,8 @@ class Picture : public Object {
   const Ref<Picture>& MakeMask();  // the mask, made black when there is none; null when that fails
   // False, with nothing changed, for a mask that has a mask itself.
   bool SetMask(Ref<Picture> mask);
-  // 0 opaque to 255 transparent, by the mask.
-  uint32_t TransparencyAt(int x, int y) const;
+  // Of pixels side by side, from (x, y) on: 0 opaque to 255 transparent, by the mask.
+  void ReadTransparency(int x, int y, std::span<uint32_t> to) const;
 
   // Locks are counted; each must be undone while the picture lives.
   bool LockDescription(uint32_t kind, REALpictureDescription& description);

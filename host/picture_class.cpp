@@ -1,6 +1,7 @@
 // The classes "Picture", "Graphics" and the application's, as scripts and the plugin see them.
 
 #include <algorithm>
+#include <vector>
 
 #include "host/drawing.h"
 #include "host/native.h"
@@ -80,9 +81,10 @@ REALstringStruct* GetRgb(REALobjectStruct* self) {
   const auto& picture = *Self<Picture>(self);
   std::string bytes;
   bytes.reserve(static_cast<size_t>(picture.width()) * static_cast<size_t>(picture.height()) * 3);
+  std::vector<uint32_t> row(static_cast<size_t>(picture.width()));
   for (int y = 0; y < picture.height(); ++y) {
-    for (int x = 0; x < picture.width(); ++x) {
-      const uint32_t rgb = picture.pixels().Get(x, y);
+    picture.pixels().Read(0, y, row);
+    for (const uint32_t rgb : row) {
       for (const uint32_t shift : {16u, 8u, 0u}) bytes += static_cast<char>(rgb >> shift);
     }
   }

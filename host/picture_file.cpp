@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <vector>
 
 #include "host/text.h"
 
@@ -58,9 +59,14 @@ Image WithColorTable(const gdImage& image) {
   Image copy(gdImageCreate(image.sx, image.sy));
   if (!copy) return nullptr;
   ColorTable table(copy.get());
+  int color = image.tpixels[0][0];
+  int index = table.IndexOf(color);
   for (int y = 0; y < image.sy; ++y) {
     for (int x = 0; x < image.sx; ++x) {
-      const int index = table.IndexOf(image.tpixels[y][x]);
+      if (image.tpixels[y][x] != color) {
+        color = image.tpixels[y][x];
+        index = table.IndexOf(color);
+      }
       if (index < 0) return nullptr;
       copy->pixels[y][x] = static_cast<unsigned char>(index);
     }
@@ -76,10 +82,13 @@ std::string SavePng(const Picture& picture, const std::string& path) {
   if (picture.width() == 0) return "the picture has no pixels";
   const Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
   if (!image) return "not enough memory";
+  std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
+  std::vector<uint32_t> transparency(colors.size());
   for (int y = 0; y < picture.height(); ++y) {
-    for (int x = 0; x < picture.width(); ++x) {
-      const uint32_t transparency = (picture.TransparencyAt(x, y) * kGdTransparent + 127) / 255;
-      image->tpixels[y][x] = static_cast<int>(picture.pixels().Get(x, y) | transparency << 24);
+    picture.pixels().Read(0, y, colors);
+    picture.ReadTransparency(0, y, transparency);
+    for (size_t x = 0; x < colors.size(); ++x) {
+      image->tpixels[y][x] = static_cast<int>(colors[x] | (transparency[x] * kGdTransparent + 127) / 255 << 24);
     }
   }
   gdImageSaveAlpha(image.get(), picture.mask() ? 1 : 0);

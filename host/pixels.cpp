@@ -21,8 +21,14 @@ class GdPixels : public Pixels {
   GdPixels(const GdPixels&) = delete;
   GdPixels& operator=(const GdPixels&) = delete;
 
-  uint32_t Get(int x, int y) const override { return static_cast<uint32_t>(image_->tpixels[y][x]) & 0xFFFFFF; }
-  void Set(int x, int y, uint32_t rgb) override { image_->tpixels[y][x] = static_cast<int>(rgb & 0xFFFFFF); }
+  void Read(int x, int y, std::span<uint32_t> to) const override {
+    const int* pixel = &image_->tpixels[y][x];
+    for (uint32_t& rgb : to) rgb = static_cast<uint32_t>(*pixel++) & 0xFFFFFF;
+  }
+  void Write(int x, int y, std::span<const uint32_t> from) override {
+    int* pixel = &image_->tpixels[y][x];
+    for (const uint32_t rgb : from) *pixel++ = static_cast<int>(rgb & 0xFFFFFF);
+  }
   const uint8_t* At(int x, int y) const override { return reinterpret_cast<const uint8_t*>(&image_->tpixels[y][x]); }
   size_t pixel_size() const override { return sizeof(int); }
   uint32_t description_kind() const override { return kPictureKindGDImage; }
@@ -45,18 +51,24 @@ class BitmapPixels : public Pixels {
     for (size_t y = 0; y < context_.height; ++y) std::fill_n(PaddingOf(y), padding_, kPaddingByte);
   }
 
-  uint32_t Get(int x, int y) const override {
+  void Read(int x, int y, std::span<uint32_t> to) const override {
     const uint8_t* red = At(x, y) + red_offset();
-    return static_cast<uint32_t>(red[0] << 16 | red[1] << 8 | red[2]);
+    for (uint32_t& rgb : to) {
+      rgb = static_cast<uint32_t>(red[0] << 16 | red[1] << 8 | red[2]);
+      red += BitmapPixels::pixel_size();
+    }
   }
 
-  void Set(int x, int y, uint32_t rgb) override {
+  void Write(int x, int y, std::span<const uint32_t> from) override {
     uint8_t* pixel = bytes_.data() + OffsetOf(x, y);
-    std::fill_n(pixel, pixel_size(), uint8_t{0xFF});
+    std::fill_n(pixel, from.size() * BitmapPixels::pixel_size(), uint8_t{0xFF});
     uint8_t* red = pixel + red_offset();
-    red[0] = static_cast<uint8_t>(rgb >> 16);
-    red[1] = static_cast<uint8_t>(rgb >> 8);
-    red[2] = static_cast<uint8_t>(rgb);
+    for (const uint32_t rgb : from) {
+      red[0] = static_cast<uint8_t>(rgb >> 16);
+      red[1] = static_cast<uint8_t>(rgb >> 8);
+      red[2] = static_cast<uint8_t>(rgb);
+      red += BitmapPixels::pixel_size();
+    }
   }
 
   const uint8_t* At(int x, int y) const override { return bytes_.data() + OffsetOf(x, y); }

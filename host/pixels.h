@@ -2,7 +2,7 @@
 
 #include <cstdint>
 #include <memory>
-#include <string>
+#include <span>
 
 #include "host/options.h"
 
@@ -14,8 +14,15 @@ class Pixels {
  public:
   virtual ~Pixels() = default;
 
-  virtual uint32_t Get(int x, int y) const = 0;       // 0xRRGGBB
-  virtual void Set(int x, int y, uint32_t rgb) = 0;   // opaque
+  // Pixels side by side, 0xRRGGBB each, from (x, y) on. What is written is opaque.
+  virtual void Read(int x, int y, std::span<uint32_t> to) const = 0;
+  virtual void Write(int x, int y, std::span<const uint32_t> from) = 0;
+  uint32_t Get(int x, int y) const {
+    uint32_t rgb = 0;
+    Read(x, y, {&rgb, 1});
+    return rgb;
+  }
+  void Set(int x, int y, uint32_t rgb) { Write(x, y, {&rgb, 1}); }
   virtual const uint8_t* At(int x, int y) const = 0;  // the pixel's bytes in memory
   virtual size_t pixel_size() const = 0;              // bytes
 
