@@ -1,134 +1,46 @@
--- Builds an animation from nothing: a striped planet turning before the stars.
+-- Builds an animation of PNG files, or without any draws one from nothing: a planet turning before the stars.
 --
---   gifhost examples/build.lua OUT.gif
+--   gifhost examples/build.lua [OPTION...] [IN.png...] OUT.gif
 --
 -- The tree is put together from new objects, the way every GIF is: a screen with the global table, then blocks: an
--- extension that makes players loop, a comment, and for each frame an extension with its delay before its image. The
--- first image covers the screen; the others hold only the square around the planet. Sections are those of GIF89a.
+-- extension that makes players loop, a comment, and for each frame an extension with its delay before its image. Where
+-- the frames come from is the business of lib/pictures.lua and lib/planet.lua.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local command = require "command"
+local building, command = require "building", require "command"
+local pictures, planet, text = require "pictures", require "planet", require "text"
 
-local kWidth, kHeight = 160, 120
-local kCentreX, kCentreY, kRadius = 80, 60, 45
-local kFrames, kDelayCs = 24, 7 -- hundredths of a second
-local kHues, kShades = 8, 8     -- the colour of hue h in shade s is h * kShades + s: 64 in all
+local options, operands = command.parse {
+  about = "Builds an animation of PNG files; without any, draws one from nothing: a planet turning.",
+  operands = "[IN.png...] OUT.gif",
+  options = {
+    { "--colours N", "at most, transparency among them: 2 to 256 (default: 256)", command.whole(2, 256) },
+    { "--own-tables", "so many colours for each picture, in place of one table for all" },
+    { "--delay SECONDS", "that each picture stays (default: 0.1)", command.seconds },
+    { "--loop N", "times that players repeat it; 0 is for ever (default: 0)", command.whole(0, 65535) },
+    { "--comment TEXT", "to be stored in the file", command.text },
+  },
+  more = [[
+Pictures with few enough colours keep them exactly; others get the nearest of those that libgd finds for all pictures
+together. Pixels more than half transparent become transparent. Pictures of several sizes stand in the middle of the
+largest one's screen. Of a picture that hides the one before only the part that differs is stored.]],
+}
+local output = table.remove(operands)
+if output:lower():find("%.png$") then command.fail(output .. ": a GIF is not written over a PNG file; name OUT.gif last") end
 
--- --- Drawing --------------------------------------------------------------------------------------------------------
-
-local sin, cos, pi, floor = math.sin, math.cos, math.pi, math.floor
-
--- Hues go from dusk to dawn and shades from night to day; hue 0 is the sky and its stars.
-local function colour(hue, shade)
-  local light = (shade / (kShades - 1)) ^ 1.3
-  local turn = hue / (kHues - 1)
-  local red, green, blue = 0.95 - 0.55 * turn, 0.35 + 0.45 * turn, 0.30 + 0.55 * turn ^ 2
-  if hue == 0 then red, green, blue = 0.9, 0.92, 1 end
-  local function component(strength, night) return floor(night + (255 - night) * strength * light + 0.5) end
-  return component(red, 8) << 16 | component(green, 10) << 8 | component(blue, 28)
-end
-
--- Thresholds that spread what lies between two colours over a square of pixels.
-local kSpread = { { 0, 8, 2, 10 }, { 12, 4, 14, 6 }, { 3, 11, 1, 9 }, { 15, 7, 13, 5 } }
-
--- One of the numbers 0 to count - 1 for a value between 0 and 1.
-local function step(value, count, x, y)
-  local threshold = (kSpread[y % 4 + 1][x % 4 + 1] + 0.5) / 16
-  return math.max(0, math.min(count - 1, floor(value * (count - 1) + threshold)))
-end
-
-local function sky(x, y)
-  local star = (x * 7919 + y * 104729 + x * y * 31) % 401
-  return star == 0 and 6 or star < 3 and 3 or 0
-end
-
--- The planet's colour where it stands over a pixel; `turn` goes from 0 to 1 in a day.
-local function planet(x, y, turn)
-  local right, up = (x - kCentreX) / kRadius, (kCentreY - y) / kRadius
-  local distance = right * right + up * up
-  if distance >= 1 then return nil end
-  local near = math.sqrt(1 - distance)
-  local tilted_up, tilted_near = up * cos(0.4) - near * sin(0.4), up * sin(0.4) + near * cos(0.4)
-  local longitude = math.atan(right, tilted_near) + 2 * pi * turn
-  local latitude = math.asin(math.max(-1, math.min(1, tilted_up)))
-  local stripes = sin(7 * latitude + 0.9 * sin(2 * longitude + 3 * latitude) + 0.4 * sin(5 * longitude))
-  local light = math.max(0, -0.62 * right + 0.45 * up + 0.64 * near)
-  return step((stripes + 1) / 2, kHues - 1, x, y) + 1, step(0.04 + 0.96 * light ^ 0.8, kShades, x + 2, y + 1)
-end
-
--- The pixels of a part of the frame as a MemoryBlock: rows from the top, one byte for each pixel.
-local function draw(left, top, width, height, turn)
-  local pixels = MemoryBlock(width * height)
-  local at = 0
-  for y = top, top + height - 1 do
-    for x = left, left + width - 1 do
-      local hue, shade = planet(x, y, turn)
-      pixels[at] = hue and hue * kShades + shade or sky(x, y)
-      at = at + 1
-    end
-  end
-  return pixels
-end
-
--- --- Building -------------------------------------------------------------------------------------------------------
-
--- Sections 18 and 19.
-local function build_screen()
-  local palette = GifPaletteZKV()
-  palette.Count = kHues * kShades
-  for hue = 0, kHues - 1 do
-    for shade = 0, kShades - 1 do palette.Value[hue * kShades + shade] = colour(hue, shade) end
-  end
-  local screen = GifScreenZKV()
-  screen.Width, screen.Height = kWidth, kHeight
-  screen.HasPalette, screen.PaletteDepth, screen.Palette = true, 6, palette -- 2 ^ 6 colours
-  screen.ColorResolution = 8
-  return screen
-end
-
--- Section 24 to 26: a label and sub-blocks of 1 to 255 bytes.
-local function build_extension(label, ...)
-  local block, extension = GifBlockZKV(), GifExtensionZKV()
-  extension.Marker = label
-  for _, bytes in ipairs { ... } do
-    local data = GifDataZKV()
-    data.DataString = bytes
-    extension:Add(data)
-  end
-  block.Intro, block.Extension = 0x21, extension
-  return block
-end
-
--- Section 23: disposal 1 leaves the image where it is, so that the next one is drawn over it.
-local function build_delay(delay_cs)
-  return build_extension(0xF9, ("<BI2B"):pack(1 << 2, delay_cs, 0))
-end
-
--- Section 20 and 22.
-local function build_image(left, top, width, height, turn)
-  local block, image = GifBlockZKV(), GifPictureZKV()
-  image.Left, image.Top, image.Width, image.Height = left, top, width, height
-  image.Data = draw(left, top, width, height, turn)
-  block.Intro, block.Picture = 0x2C, image
-  return block
-end
-
-local _, operands = command.parse { about = "Builds an animation from nothing: a planet turning.", operands = "OUT.gif" }
-local output = operands[1]
+local animation = #operands == 0 and planet.animation(options.delay) or pictures.animation(operands, {
+  colours = options.colours or 256, own_tables = options["own-tables"], delay_cs = options.delay or 10 })
 
 local gif = GIFZKV()
 gif.Header = "GIF89a"
-gif.Screen = build_screen()
-gif:Add(build_extension(0xFF, "NETSCAPE2.0", ("<BI2"):pack(1, 0))) -- 0 times: for ever
-gif:Add(build_extension(0xFE, "A turning planet, built by examples/build.lua"))
-for frame = 0, kFrames - 1 do
-  gif:Add(build_delay(kDelayCs))
-  if frame == 0 then
-    gif:Add(build_image(0, 0, kWidth, kHeight, 0))
-  else
-    gif:Add(build_image(kCentreX - kRadius, kCentreY - kRadius, 2 * kRadius + 1, 2 * kRadius + 1, frame / kFrames))
-  end
+gif.Screen = building.screen(animation.width, animation.height, animation.colours)
+if options.loop or #animation.frames > 1 then gif:Add(building.loops(options.loop or 0)) end
+local comment = options.comment or animation.comment
+if comment then gif:Add(building.comment(comment)) end
+for _, frame in ipairs(animation.frames) do
+  gif:Add(building.control(frame))
+  gif:Add(building.image(frame))
 end
 
 if not FolderItem(output):SaveAsGIFZKV(gif) then command.fail(output .. ": cannot be written") end
-print(("%s: %d frames of %d x %d pixels"):format(output, kFrames, kWidth, kHeight))
+print(("%s: %s of %d x %d pixels"):format(output, text.count(#animation.frames, "frame"), animation.width, animation.height))

@@ -153,8 +153,8 @@ local options, paths = command.parse {
   about = "Opens, walks, renders and saves GIF files, and reads back what was saved. A PATH is a file or a folder.",
   operands = "PATH...",
   options = {
-    { "--jobs N", "files at a time (default: as many as there are processors)" },
-    { "--seconds N", ("that a file may take (default: %d)"):format(kSeconds) },
+    { "--jobs N", "files at a time (default: as many as there are processors)", command.whole(1) },
+    { "--seconds N", ("that a file may take (default: %d)"):format(kSeconds), command.whole(1) },
   },
 }
 local found, folders = find_files(paths)

@@ -22,15 +22,36 @@ function command.fail(message) stop(kFailed, message) end
 local function reject(message) stop(kWrongUsage, message .. "; --help tells more") end
 
 local function print_help(wanted)
-  local function two_columns(rows)
-    for _, row in ipairs(rows) do print(("  %-12s %s"):format(row[1], row[2])) end
-  end
+  local rows, longest = { table.unpack(wanted.options) }, 0
+  rows[#rows + 1] = { "--help", "this text" }
+  for _, row in ipairs(rows) do longest = math.max(longest, #row[1]) end
   print(("Usage: gifhost %s %s%s"):format(arg[0], #wanted.options > 0 and "[OPTION...] " or "", wanted.operands))
   print(wanted.about .. "\n")
-  two_columns(wanted.options)
-  two_columns { { "--help", "this text" } }
+  for _, row in ipairs(rows) do print(("  %-" .. longest .. "s  %s"):format(row[1], row[2])) end
+  if wanted.more then print("\n" .. wanted.more) end
   print("\nExit status: 0; 1 something failed; 2 wrong usage.")
 end
+
+-- Kinds of values that options take: what people call them, and what reads one from text or gives nil.
+
+function command.whole(least, most)
+  return {
+    name = "a whole number from " .. least .. (most and " to " .. most or ""),
+    read = function(text)
+      local number = math.tointeger(tonumber(text))
+      return number and number >= least and number <= (most or number) and number or nil
+    end }
+end
+
+command.text = { name = "a text", read = function(text) return text end }
+
+-- Read as hundredths of a second, as GIF files have them.
+command.seconds = {
+  name = "seconds, 0 to 655.35",
+  read = function(text)
+    local number = tonumber(text)
+    return number and number >= 0 and number <= 655.35 and math.floor(number * 100 + 0.5) or nil
+  end }
 
 -- Takes "--jobs 4", "--jobs=4" or "--json" at a place in the arguments; gives the place after it.
 local function take_option(wanted, options, place)
@@ -44,23 +65,27 @@ local function take_option(wanted, options, place)
         options[name:sub(3)] = true
         return place + 1
       end
-      local number = math.tointeger(tonumber(has_value and value or arg[place + 1]))
-      if not number or number < 1 then reject(name .. " takes a whole number from 1") end
-      options[name:sub(3)] = number
+      local kind, text = option[3], has_value and value or arg[place + 1]
+      local read = text and kind.read(text)
+      if read == nil then reject(name .. " takes " .. kind.name) end
+      options[name:sub(3)] = read
       return place + (has_value and 1 or 2)
     end
   end
   reject("unknown option " .. given)
 end
 
+-- Operands in brackets may be missing, those with dots be many.
 local function check_count(wanted, count)
-  local names, repeats = wanted.operands:gsub("%.%.%.$", "")
-  local _, least = names:gsub("%S+", "")
-  if count < least or count > least and repeats == 0 then reject("expected " .. wanted.operands) end
+  local _, names = wanted.operands:gsub("%S+", "")
+  local _, optional = wanted.operands:gsub("%[", "")
+  local many = wanted.operands:find("...", 1, true)
+  if count < names - optional or count > names and not many then reject("expected " .. wanted.operands) end
 end
 
--- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE..." for one or more); options,
--- rows of a name and what it does ("--json", or "--jobs N" for a number from 1).
+-- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE...", "[FILE...] OUT"); options,
+-- rows of a name, what it does and the kind of its value ("--json", or "--jobs N" with command.whole(1)); more, what
+-- the help says after them.
 -- Gives the options by name and the list of operands, or ends the program: with the help, or saying what is wrong.
 function command.parse(wanted)
   local options, operands, place = {}, {}, 1

@@ -41,6 +41,13 @@ function files.open_gif(path)
   return gif
 end
 
+-- Reads a PNG file as a picture; nil and the reason.
+function files.load_png(path)
+  local loaded, result = pcall(Picture, path)
+  if loaded then return result end
+  return nil, result.message
+end
+
 -- Saves a picture as PNG; nil and the reason.
 function files.save_png(picture, path)
   local saved, problem = pcall(picture.SavePNG, picture, path)
