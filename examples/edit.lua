@@ -1,180 +1,148 @@
--- Edits an animation: plays it backwards and slower, in the colours of a sunset, and says what changed.
+-- Edits an animation, saves it, reads it back and says what changed.
 --
---   gifhost examples/edit.lua IN.gif OUT.gif
+--   gifhost examples/edit.lua [OPTION...] IN.gif OUT.gif
 --
--- An opened document is read-only; its clone is free-standing and can be changed. Frames that hold only what differs
--- from the frame before make sense in their order alone, so each is made whole first. Sections are those of GIF89a.
+-- An opened document is read-only; its clone is free-standing and can be changed. The clone's blocks are taken into a
+-- list, edits make other lists of it, and a new document holds what the last one does.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local command, files = require "command", require "files"
+local building, command, controls, extensions = require "building", require "command", require "controls", require "extensions"
+local files, recolouring, reversing, text = require "files", require "recolouring", require "reversing", require "text"
 
-local kSlower = 2         -- delays become so many times as long,
-local kLeastDelayCs = 4   -- and no shorter than this, in hundredths of a second
-local kKeep, kRestoreBackground, kRestorePrevious = 1, 2, 3 -- disposals, section 23
+local kLeastDelayCs = 2 -- players take shorter ones for 0.1 s: they count as this long
 
-local _, operands = command.parse {
-  about = "Edits an animation: plays it backwards and slower, in the colours of a sunset, and says what changed.",
+-- --- The command line -------------------------------------------------------------------------------------------------
+
+-- "0.08", or "x2" for twice as long. Gives a function from delay to delay.
+local delay_kind = {
+  name = "seconds, 0 to 655.35, or xN for N times as long",
+  read = function(given)
+    local factor = tonumber(given:match("^x(.+)$"))
+    if factor and factor >= 0 and factor < 65536 then
+      return function(delay_cs) return math.floor(math.max(delay_cs, kLeastDelayCs) * factor + 0.5) end
+    end
+    local delay_cs = command.seconds.read(given)
+    return delay_cs and function() return delay_cs end
+  end }
+
+-- "3-7", "3-", "-7" or "3".
+local range_kind = {
+  name = "block numbers, such as 3-7, 3- or -7",
+  read = function(given)
+    local first, last = given:match("^(%d*)%-(%d*)$")
+    first, last = first or given:match("^%d+$"), last or given
+    return first and { first = tonumber(first) or 0, last = tonumber(last) or math.huge } or nil
+  end }
+
+local options, operands = command.parse {
+  about = "Edits an animation, saves it, reads it back and says what changed.",
   operands = "IN.gif OUT.gif",
+  options = {
+    { "--blocks FIRST-LAST", "keep only these blocks, by the numbers that tree.lua prints", range_kind },
+    { "--reverse", "last frame first; images that hold a part of the screen are made whole" },
+    { "--recolour HOW", "sunset, or FROM=TO,... in hex digits, such as FF0000=0000FF", recolouring.kind },
+    { "--delay SECONDS", "that each frame stays; x2 is twice as long as now, x0.5 half", delay_kind },
+    { "--loop N", "times that players repeat it; 0 is for ever", command.whole(0, 65535) },
+    { "--comment TEXT", "add a comment at the end", command.text },
+  },
+  more = "Edits are made in this order. Without options: --reverse --recolour sunset --delay x2.",
 }
+if not next(options) then
+  options = { reverse = true, recolour = recolouring.kind.read "sunset", delay = delay_kind.read "x2" }
+end
 local input, output = table.unpack(operands)
 
--- --- Colours --------------------------------------------------------------------------------------------------------
+-- --- Edits: each takes a list of blocks and gives one -----------------------------------------------------------------
 
-local kSunset = { { 24, 8, 44 }, { 122, 28, 84 }, { 226, 84, 72 }, { 252, 176, 88 }, { 255, 246, 214 } }
-
--- The colour of the sunset that is as bright as the given one.
-local function recolour(colour)
-  local red, green, blue = colour >> 16, colour >> 8 & 255, colour & 255
-  local place = (0.299 * red + 0.587 * green + 0.114 * blue) / 256 * (#kSunset - 1)
-  local from, to, share = kSunset[math.floor(place) + 1], kSunset[math.floor(place) + 2], place % 1
-  local result = 0
-  for i = 1, 3 do result = result << 8 | math.floor(from[i] + (to[i] - from[i]) * share + 0.5) end
-  return result
+local function only(blocks, range)
+  if range.first > range.last or range.first >= #blocks then
+    command.fail(("%s: has %s, none of them kept"):format(input, text.count(#blocks, "block")))
+  end
+  return table.move(blocks, range.first + 1, math.min(range.last + 1, #blocks), 1, {})
 end
 
-local function recolour_table(palette)
-  for i = 0, palette and palette.Count - 1 or -1 do palette.Value[i] = recolour(palette:Value(i)) end
-end
-
--- --- Frames ---------------------------------------------------------------------------------------------------------
-
--- Section 23. An image without this extension is shown as if it held zeros.
-local function read_control(block)
-  local bytes = block and block.Extension.Count > 0 and block.Extension.FirstData.DataString or ""
-  if #bytes < 4 then bytes = "\0\0\0\0" end
-  local packed, delay_cs, transparent = ("<BI2B"):unpack(bytes)
-  return { delay_cs = delay_cs, disposal = packed >> 2 & 7, transparent = packed & 1 ~= 0 and transparent or nil }
-end
-
-local function build_control(control)
-  local block, extension, data = GifBlockZKV(), GifExtensionZKV(), GifDataZKV()
-  local packed = control.disposal << 2 | (control.transparent and 1 or 0)
-  data.DataString = ("<BI2B"):pack(packed, control.delay_cs, control.transparent or 0)
-  extension.Marker = 0xF9
-  extension:Add(data)
-  block.Intro, block.Extension = 0x21, extension
-  return block
-end
-
--- The blocks of a document: frames, each an image with what its control extension says, and all others.
-local function take_apart(gif)
-  local frames, others, control = {}, {}, nil
-  for _, block in pairs(gif) do
-    if block.Extension and block.Extension.Marker == 0xF9 then
-      control = block
-    elseif block.Picture then
-      frames[#frames + 1] = { block = block, image = block.Picture, control = read_control(control) }
-      control = nil
-    elseif block.Extension then
-      others[#others + 1] = block
+-- Sets the count where one stands; players look for it before the first image.
+local function with_loops(blocks, count)
+  for _, block in ipairs(blocks) do
+    local extension = block.Extension
+    if extension and extensions.read(extension).loops then
+      extension:Data(1).DataString = ("<BI2"):pack(1, count)
+      return blocks
     end
   end
-  return frames, others
+  table.insert(blocks, 1, building.loops(count))
+  return blocks
 end
 
--- Runs a function for each pixel of an image that lies on a screen of that size: its place in the image's data and on
--- the screen, counted along the rows.
-local function each_pixel(image, screen, work)
-  local left, top, width = image.Left, image.Top, image.Width
-  for y = 0, math.min(image.Height, screen.Height - top) - 1 do
-    for x = 0, math.min(width, screen.Width - left) - 1 do
-      work(y * width + x, (top + y) * screen.Width + left + x)
-    end
+local function edited(blocks, screen)
+  local whole = true
+  if options.blocks then blocks = only(blocks, options.blocks) end
+  if (options.reverse or options.delay) and #controls.take_apart(blocks) == 0 then
+    command.fail(input .. ": holds no image" .. (options.blocks and " there" or ""))
   end
+  if options.reverse then blocks, whole = reversing.reversed(blocks, screen) end
+  if options.recolour then recolouring.apply(screen, blocks, options.recolour) end
+  if options.delay then blocks = controls.with_delays(blocks, options.delay) end
+  if options.loop then blocks = with_loops(blocks, options.loop) end
+  if options.comment then blocks[#blocks + 1] = building.comment(options.comment) end
+  return blocks, whole
 end
 
--- Makes every image show the whole screen as an animation shows it by then. Images with tables of their own stay as
--- they are: their pixels cannot stand beside those of others.
-local function make_whole(frames, screen)
-  for _, frame in ipairs(frames) do
-    if frame.image.HasPalette then return false end
-  end
-  local first = frames[1].control
-  local nothing = first.transparent or screen.BackgroundColor
-  local canvas = MemoryBlock(string.char(nothing):rep(screen.Width * screen.Height))
-  for _, frame in ipairs(frames) do
-    local image, control = frame.image, frame.control
-    local before = control.disposal == kRestorePrevious and MemoryBlock(tostring(canvas))
-    local pixels = image.Data
-    each_pixel(image, screen, function(from, to)
-      if pixels[from] ~= control.transparent then canvas[to] = pixels[from] end
-    end)
-    local whole = MemoryBlock(tostring(canvas))
-    if control.disposal == kRestoreBackground then each_pixel(image, screen, function(_, to) canvas[to] = nothing end) end
-    canvas = before or canvas
-    image.Left, image.Top, image.Width, image.Height, image.Data = 0, 0, screen.Width, screen.Height, whole
-    frame.control.disposal, frame.control.transparent = first.transparent and kRestoreBackground or kKeep, first.transparent
-  end
-  return true
-end
+-- --- What changed -----------------------------------------------------------------------------------------------------
 
--- --- The work -------------------------------------------------------------------------------------------------------
-
--- A new document with the others' blocks first and the frames in reverse, slower.
-local function put_together(gif, frames, others)
-  local result = GIFZKV()
-  result.Header, result.Screen = "GIF89a", gif.Screen
-  for _, block in ipairs(others) do result:Add(block) end
-  for i = #frames, 1, -1 do
-    local control = frames[i].control
-    control.delay_cs = math.min(math.max(control.delay_cs * kSlower, kLeastDelayCs), 65535)
-    result:Add(build_control(control))
-    result:Add(frames[i].block)
-  end
-  return result
+local function list_of(gif)
+  local blocks = {}
+  for _, block in pairs(gif) do blocks[#blocks + 1] = block end
+  return blocks
 end
 
 local function summary(gif)
-  local frames, others = take_apart(gif)
-  local delay_cs, pixels, hash = 0, 0, {}
+  local frames, others = controls.take_apart(list_of(gif))
+  local delay_cs, pixels, data, loops = 0, 0, {}, "none"
   for i, frame in ipairs(frames) do
     delay_cs = delay_cs + frame.control.delay_cs
     pixels = pixels + frame.image.Width * frame.image.Height
-    hash[i] = frame.image.Data and tostring(frame.image.Data) or ""
+    data[i] = tostring(frame.image.Data or "")
+  end
+  for _, block in ipairs(others) do
+    loops = block.Extension and extensions.read(block.Extension).loops or loops
   end
   local palette = gif.Screen.HasPalette and gif.Screen.Palette
-  return { frames = #frames, others = #others, seconds = delay_cs / 100, pixels = pixels, data = hash, palette = palette }
+  return { frames = #frames, others = #others, seconds = delay_cs / 100, pixels = pixels, data = data, loops = loops, palette = palette }
 end
 
 local function print_change(what, form, before, after)
   print(("  %-16s " .. form .. " -> " .. form):format(what, before, after))
 end
 
--- How many frames hold the same pixels as the one at the other end.
-local function count_mirrored(made, read)
-  local same = 0
-  for i, pixels in ipairs(made) do
-    if pixels == read[#read + 1 - i] then same = same + 1 end
+local function print_changes(before, after)
+  print_change("frames", "%d", before.frames, after.frames)
+  print_change("playing time", "%.2f s", before.seconds, after.seconds)
+  print_change("pixels stored", "%d", before.pixels, after.pixels)
+  print_change("other blocks", "%d", before.others, after.others)
+  print_change("loops", "%s", before.loops, after.loops)
+  for i = 0, before.palette and math.min(before.palette.Count, 4) - 1 or -1 do
+    print_change("colour " .. i, "#%06X", before.palette:Value(i), after.palette:Value(i))
   end
-  return same
 end
+
+-- --- The work ---------------------------------------------------------------------------------------------------------
 
 local opened, why = files.open_gif(input)
 if not opened then command.fail(why) end
-local before = summary(opened)
-if before.frames == 0 then command.fail(input .. ": holds no image") end
-
-local gif = opened:Clone()
-local frames, others = take_apart(gif)
-local whole = make_whole(frames, gif.Screen)
-recolour_table(gif.Screen.Palette)
-local made = {}
-for i, frame in ipairs(frames) do
-  recolour_table(frame.image.Palette)
-  made[i] = tostring(frame.image.Data)
+local gif, result = opened:Clone(), GIFZKV()
+local blocks, whole = edited(list_of(gif), gif.Screen)
+result.Screen, result.Header = gif.Screen, gif.Header
+for _, block in ipairs(blocks) do
+  result:Add(block)
+  if block.Extension then result.Header = "GIF89a" end -- GIF87a has none
 end
-if not FolderItem(output):SaveAsGIFZKV(put_together(gif, frames, others)) then
-  command.fail(output .. ": cannot be written")
-end
+if not FolderItem(output):SaveAsGIFZKV(result) then command.fail(output .. ": cannot be written") end
 
-local after = summary(FolderItem(output):OpenAsGIFZKV())
+local made, after = summary(result), summary(FolderItem(output):OpenAsGIFZKV())
 print(("%s -> %s"):format(input, output))
-print_change("frames", "%d", before.frames, after.frames)
-print_change("playing time", "%.2f s", before.seconds, after.seconds)
-print_change("pixels stored", "%d", before.pixels, after.pixels)
-print_change("other blocks", "%d", before.others, after.others)
-for i = 0, before.palette and math.min(before.palette.Count, 4) - 1 or -1 do
-  print_change("colour " .. i, "#%06X", before.palette:Value(i), after.palette:Value(i))
-end
-print(("  %d of %d frames read back as they were made, in reverse%s"):format(count_mirrored(made, after.data), #made,
+print_changes(summary(opened), after)
+local same = 0
+for i, pixels in ipairs(made.data) do same = same + (pixels == after.data[i] and 1 or 0) end
+print(("  %d of %d frames read back as they were made%s%s"):format(same, #made.data, options.reverse and ", in reverse" or "",
   whole and "" or "; images with tables of their own were not made whole"))

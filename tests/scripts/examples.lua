@@ -27,7 +27,7 @@ local kOdd = kScreen .. table.concat {
 
 -- Command lines: script, arguments, status, the end of the one line that is said.
 local kOperands = {
-  first = "IN.gif OUT.png", build = "OUT.gif", edit = "IN.gif OUT.gif",
+  first = "IN.gif OUT.png", build = "[IN.png...] OUT.gif", edit = "IN.gif OUT.gif",
   tree = "FILE...", frames = "IN.gif FOLDER", sheet = "IN.gif OUT.png", report = "IN.gif OUT.html", check = "PATH...",
 }
 for script, operands in pairs(kOperands) do
@@ -49,6 +49,10 @@ for _, arguments in ipairs { { "--jobs" }, { "--jobs=0" }, { "--jobs", "1.5" } }
   t.expect("jobs", run("check", "x", table.unpack(arguments)), 2)
 end
 t.expect("value", run("tree", "--json=1", "x"), 2)
+for _, row in ipairs {
+  { 2, "edit", "--delay", "x" }, { 2, "edit", "--delay=656" }, { 2, "edit", "--blocks=1-x" }, { 2, "edit", "--recolour=12=34" },
+  { 2, "build", "--colours=1" }, { 2, "build", "--loop=65536" }, { 1, "build", "x.png" }, { 1, "build", arg[0], "x.gif" },
+} do t.expect(table.concat(row, " "), run(table.unpack(row, 2)), row[1]) end
 
 -- Trees
 local function tree_of(folder, bytes)
@@ -112,6 +116,47 @@ examples.with_folder(function(folder)
     local _, _, errors = run("sheet", damaged[i], folder .. "/sheet")
     assert(not errors:find("gifhost:"), errors)
   end
+end)
+
+-- PNG files become an animation that stores what is new in each and keeps their few colours; edits change what they say.
+examples.with_folder(function(folder)
+  local a, b, c = Picture(4, 3), Picture(4, 3), Picture(2, 5)
+  b:FillRect(1, 1, 2, 2, 0x102030)
+  c.Mask = Picture(2, 5)
+  c.Mask:FillRect(0, 0, 1, 5, 0xFFFFFF)
+  for name, picture in pairs { a = a, b = b, c = c } do picture:SavePNG(folder .. "/" .. name) end
+  a, b, c = folder .. "/a", folder .. "/b", folder .. "/c"
+  local made, edited = folder .. "/made", folder .. "/edited"
+  local function lines_of(path) return (select(2, run("tree", path)):gsub("[^\n]*\n", "", 2):gsub("  +", " ")) end
+  t.expect("build", run("build", "--loop=2", "--delay", "0.05", a, a, b, b, a, made), 0)
+  t.expect("new parts", lines_of(made), [[
+ logical screen 4 x 3 pixels, 8 bits per primary colour, background 0
+ global table 2 colours
+ 0 application "NETSCAPE2.0", loops 2 times, 14 bytes in 2 sub-blocks
+ 1 graphic control delay 0.10 s, disposal 1 (keep)
+ 2 image 4 x 3 at (0, 0)
+ 3 graphic control delay 0.10 s, disposal 1 (keep)
+ 4 image 2 x 2 at (1, 1)
+ 5 graphic control delay 0.05 s, disposal 1 (keep)
+ 6 image 2 x 2 at (1, 1)
+ sum 3 images, 4 extensions, 20 pixels, 0.25 s, loops 2 times
+]])
+  for _, row in ipairs {
+    { "--delay=x3", "0.75 s, loops 2" }, { "--delay=1", "3.00 s" }, { "--loop=7", "loops 7 times" }, { "--comment=hi", '7 comment "hi"' },
+    { "--blocks=3-4", "0 graphic.*1 image 2 x 2.* 1 image, 1 ext" }, { "--reverse", "6 image 4 x 3.*3 images.*36 pixels" },
+  } do
+    t.expect(row[1], run("edit", row[1], made, edited), 0)
+    assert(lines_of(edited):find(row[2]), row[1] .. lines_of(edited))
+  end
+  t.expect("recolour", run("edit", "--recolour=000000=FF8000", made, edited), 0)
+  t.expect("recoloured", FolderItem(edited):OpenAsGIFZKV():MakeFirstPicture():Pixel(0, 0), 0xFF8000)
+
+  t.expect("sizes", run("build", "--colours=3", a, c, b, made), 0)
+  local gif = FolderItem(made):OpenAsGIFZKV()
+  local image = gif:Block(4).Picture
+  t.expect("place", image.Left .. " " .. image.Top, "1 0")
+  t.expect("transparent", tostring(image.Data), ("\2\0"):rep(5))
+  t.expect("control", gif:Block(3).Extension.FirstData.DataString, "\9\10\0\2")
 end)
 
 -- A folder is checked file by file, in order, in folders within it too.
