@@ -6,6 +6,7 @@
 
 #include "host/commands.h"
 #include "host/listing.h"
+#include "host/memory_block.h"
 #include "host/plugin_file.h"
 #include "host/text.h"
 
@@ -89,6 +90,9 @@ void PrintField(Host& host, const MemberGroup& group, const std::string& class_n
   }
 }
 
+// Whether Lua shows instances as bytes: `block[3]`, `#block`.
+bool IsBytes(const Class& known) { return SameName(known.name, MemoryBlock::kKind); }
+
 // How instances are made: by calling the class.
 void PrintConstructors(Host& host, const Class& known) {
   if (known.maker == nullptr) return;
@@ -106,13 +110,53 @@ void PrintClass(Host& host, const Class& known) {
   const std::string base = known.superclass == nullptr ? "" : ": " + known.superclass->name;
   std::printf("---@class %s%s\n", known.name.c_str(), base.c_str());
   for (const auto& [name, group] : known.members.all()) PrintField(host, group, known.name);
+  if (IsBytes(known)) std::printf("---@field [integer] integer\n");
   PrintConstructors(host, known);
+  if (known.Find("Count") != nullptr || IsBytes(known)) std::printf("---@operator len: integer\n");
   std::printf("%s = {}\n\n", known.name.c_str());
   for (const auto& [name, group] : known.members.all()) {
     if (group.property || IsIndexed(group) || SameName(name, "Constructor")) continue;
     PrintFunction(host, group, known.name);
   }
 }
+
+// The table that host/lua_host_table.cpp makes.
+constexpr char kHostTable[] = R"(host = {
+  version = 0, ---@type number?
+  plugin_version = 0,
+  pictures = "console",
+}
+
+---@param path string
+---@return boolean
+function host.exists(path) end
+
+---@param value any
+---@return string?
+function host.class(value) end
+
+---@return string[]
+function host.classes() end
+
+---@param class? string
+---@return table
+function host.describe(class) end
+
+---@return table[]
+function host.modules() end
+
+---@return { [string]: integer }
+function host.live() end
+
+---@param name string
+---@return integer called
+---@return integer resolved
+function host.calls(name) end
+
+---@param name string
+---@param n? integer
+function host.fail(name, n) end
+)";
 
 }  // namespace
 
@@ -123,6 +167,7 @@ int RunAnnotations(const ProgramOptions& options) {
   std::printf("---@meta\n\n");
   for (const auto& [name, known] : host.classes()) PrintClass(host, *known);
   for (const auto& [name, group] : host.globals().all()) PrintFunction(host, group, "");
+  std::fputs(kHostTable, stdout);
   return 0;
 }
 

@@ -9,6 +9,10 @@ local function run(command)
   return output, status
 end
 
+local page <close> = io.open((arg[0]:gsub("tests/[^/]*/[^/]*$", "docs/gifhost.1")))
+local manual = page:read("a"):gsub("\\%-", "-")
+for option in run("--help"):gmatch("%-%-?%a[%a-]*") do assert(manual:find(option, 1, true), option .. " is not in the manual") end
+
 t.expect("describe", run("describe gifdatazkv"), "class GifDataZKV\n  DataMemory as Memoryblock\n  DataString as String\n" ..
   "  Length as Integer  (read-only)\n  Clone as GifDataZKV\n")
 
@@ -40,6 +44,7 @@ t.expect("list", select(2, run("list"):gsub("\n", "")), #json(run("list --json")
 local annotations, stub = run("annotations"), {}
 assert(load(annotations, "annotations", "t", stub))()
 for _, class in ipairs(host.classes()) do assert(stub[class], class) end
+for name in pairs(host) do assert(stub.host[name] ~= nil, name) end
 assert(stub.GIFZKV.Block and stub.FolderItem.SaveAsGIFZKV and stub.GifStringToGifZKV, "annotated functions")
 for _, line in ipairs {
   "---@field Red { [integer]: integer } | fun(self: GifPaletteZKV, index: integer): integer",
