@@ -37,8 +37,6 @@ bool Describe(const FolderItem& item, FSRef& reference, HFSUniStr255* name) {
          WritePath(item.parent_path(), reference);
 }
 
-extern "C" {
-
 int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFSUniStr255* name) {
   HostCall call("REALFSRefFromFolderItem", item, reference, name);
   const FolderItem* found = Find<FolderItem>(item);
@@ -46,8 +44,6 @@ int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFS
       !call.fails() && found != nullptr && reference != nullptr && Describe(*found, *reference, name);
   return call.Result<int8_t>(described);
 }
-
-}  // extern "C"
 
 }  // namespace
 

@@ -8,8 +8,6 @@
 namespace host {
 namespace {
 
-extern "C" {
-
 REALmemoryBlockStruct* newMemoryBlock(int32_t size) {
   HostCall call("newMemoryBlock", size);
   Host& host = Host::Current();
@@ -29,8 +27,6 @@ int64_t memoryBlockGetSize(REALmemoryBlockStruct* block) {
   const MemoryBlock* found = Find<MemoryBlock>(block);
   return call.Result(found == nullptr ? int64_t{0} : found->size());
 }
-
-}  // extern "C"
 
 }  // namespace
 

@@ -43,8 +43,6 @@ bool GetPropertyOfKind(const void* handle, const char* name, Type::Kind type, Ou
          });
 }
 
-extern "C" {
-
 REALobjectStruct* PluginNewInstance(const char* class_name) {
   HostCall call("PluginNewInstance", class_name);
   Host& host = Host::Current();
@@ -130,8 +128,6 @@ void RuntimeRaiseException(REALobjectStruct* exception) {
   Ref<Object> raised(Find<Exception>(exception));
   if (raised) Host::Current().Raise(std::move(raised));
 }
-
-}  // extern "C"
 
 }  // namespace
 

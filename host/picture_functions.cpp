@@ -8,8 +8,6 @@
 namespace host {
 namespace {
 
-extern "C" {
-
 REALpictureStruct* newPicture(int32_t width, int32_t height, int32_t depth) {
   HostCall call("newPicture", width, height, depth);
   if (call.fails()) return nullptr;
@@ -55,8 +53,6 @@ REALobjectStruct* pluginPictureGraphicsGetter(REALpictureStruct* picture) {
   if (call.fails() || found == nullptr) return nullptr;
   return call.HandOut<REALobjectStruct>(NewGraphics(Ref<Picture>(found)));
 }
-
-}  // extern "C"
 
 }  // namespace
 

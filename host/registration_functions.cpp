@@ -58,8 +58,6 @@ void KeepForGood(const void* record) {
   kept.push_back(record);
 }
 
-extern "C" {
-
 double REALGetRBVersion() {
   HostCall call("REALGetRBVersion");
   return call.Result(*Host::Current().options().version);
@@ -103,8 +101,6 @@ void PluginRegisterMethod(REALmethodDefinition* definition) {
   HostCall call("PluginRegisterMethod", definition->declaration);
   Understand([&] { AddFreeMethod(Host::Current(), *definition); });
 }
-
-}  // extern "C"
 
 }  // namespace
 

@@ -13,8 +13,6 @@ Ref<String> MakeString(const char* bytes, int32_t length, uint32_t encoding) {
   return Host::Current().heap().Make<String>(std::string(bytes, static_cast<size_t>(length)), encoding);
 }
 
-extern "C" {
-
 void REALLockString(REALstringStruct* string) {
   HostCall call("REALLockString", string);
   Host::Current().heap().HandOut(Find<String>(string));
@@ -55,8 +53,6 @@ REALstringStruct* REALConvertString(REALstringStruct* string, uint32_t encoding)
   return call.HandOut<REALstringStruct>(
       Host::Current().heap().Make<String>(ConvertEncoding(text->bytes(), text->encoding(), encoding), encoding));
 }
-
-}  // extern "C"
 
 }  // namespace
 

@@ -2,6 +2,13 @@
 
 namespace oracle {
 
+// Of a build that reads on when the table is full and no clear code comes; else the row ends.
+#if defined(GIF_DEFERRED_CLEAR)
+static constexpr bool kGoesOnWhenFull = true;
+#else
+static constexpr bool kGoesOnWhenFull = false;
+#endif
+
 void SetUp(GifDecoder* decoder, int32_t code_size) {
   const auto events = decoder->events;
   *decoder = GifDecoder{};
@@ -116,9 +123,13 @@ void ReadGifLine(MyFILE* stream, GifDecoder* d, unsigned char* line, int len) {
     }
     if (last_code != 4098) {
       const int32_t k = d->code_count - 2;
-      if (k > 4095) return fail(kTableFull);
-      d->prefix.at(k) = last_code;
-      d->suffix.at(k) = q == k ? FirstPixel(d, last_code) : FirstPixel(d, q);
+      if (k > 4095 && !kGoesOnWhenFull) return fail(kTableFull);
+      if (k > 4095) {
+        d->events[kTableFull]++;
+      } else {
+        d->prefix.at(k) = last_code;
+        d->suffix.at(k) = q == k ? FirstPixel(d, last_code) : FirstPixel(d, q);
+      }
     }
     last_code = q;
   }

@@ -1,14 +1,62 @@
-// What records hold that no file gives, and what hosts do that the script host does not; the rest scripts show.
+// What records hold that no file gives, and hosts that describe pictures as the script host does not; the rest
+// scripts show.
 
 #include "picture/conversion.h"
 
-#include <gtest/gtest.h>
+#include <gd.h>
 
+#include <functional>
 #include <vector>
 
-#include "tests/picture/fake_host.h"
+#include "host/picture.h"
+#include "host/resolver.h"
+#include "picture/picture_editor.h"
+#include "platform/core_graphics.h"
+#include "plugin/host_reference.h"
+#include "tests/support/lending.h"
 
 namespace {
+
+using host::PictureKind;
+using Spoil = std::function<void(REALpictureDescription&)>;
+
+// What the host tells of a picture, spoiled: the first `described` times.
+int described;
+Spoil spoil;
+HostBoolean DescribeSpoiled(REALpictureStruct* picture, REALpictureDescription* description, int32_t kind) {
+  static CGContext contexts[2];
+  static gdImage images[2];
+  const auto describe = reinterpret_cast<decltype(&DescribeSpoiled)>(
+      reinterpret_cast<void*>(host::FindHostFunction("REALLockPictureDescription")));
+  if (described <= 0 || !describe(picture, description, kind)) return 0;
+  --described;
+  void*& object = description->platform_object;
+  if (kind == kPictureKindCGBitmapContext) {
+    object = &(contexts[described % 2] = *static_cast<CGContextRef>(object));
+  } else {
+    object = &(images[described % 2] = *static_cast<gdImage*>(object));
+  }
+  spoil(*description);
+  return 1;
+}
+
+CGContext& Context(REALpictureDescription& d) { return *static_cast<CGContextRef>(d.platform_object); }
+gdImage& Image(REALpictureDescription& d) { return *static_cast<gdImage*>(d.platform_object); }
+
+class PictureHost : public LendingHost {
+ public:
+  explicit PictureHost(PictureKind kind = PictureKind::kConsole)
+      : LendingHost({.without = {"DrawPicture"}, .pictures = kind, .alpha_info = kCGImageAlphaNoneSkipFirst}) {
+    IsDesktop = IsConsole = false;
+    described = 1000;
+    spoil = [](auto&) {};
+    Lend("REALLockPictureDescription", DescribeSpoiled);
+  }
+  // 0xRRGGBB
+  uint32_t Pixel(const PictureRef& picture, int x, int y) {
+    return heap().Find<host::Picture>(picture.get())->pixels().Get(x, y);
+  }
+};
 
 // Two rows of four pixels: indexes 0 to 3, then 4 to 7.
 struct SmallImage {
@@ -26,57 +74,39 @@ struct SmallImage {
   }
 };
 
-TEST(Conversion, ChoosesThePaletteThatHasEntries) {
-  std::vector<Colour> nines(256, Colour{0, 9, 9, 9});
-  GifPalette full = {256, nines.data()}, empty = {0, nullptr}, without_array = {4, nullptr},
-             overfull = {1000, nines.data()};
+PictureRef MakePicture(Gif* gif, GifPicture* image) {
+  return PictureRef::Adopt(MakePictureFromGifPicture(gif, image));
+}
+PictureRef MakeMask(GifPicture* image, int index) { return PictureRef::Adopt(MakeMaskFromGifPicture(image, index)); }
+
+TEST(Conversion, SurvivesRecordsThatAreNotWhole) {
+  PictureHost host;
+  std::vector<Colour> nines(1000, Colour{0, 9, 9, 9});
+  GifPalette overfull = {1000, nines.data()}, without_array = {4, nullptr};
   GifScreen screen = {};
   Gif gif = {}, bare = {};
+  screen.cmap = &overfull;
   gif.screen = &screen;
-  const struct {
-    const char* what;
-    Gif* gif;
-    GifPalette *global, *local;
-    uint32_t at5;  // the pixel of index 5; 0: no picture
-  } cases[] = {
-      {"global for an empty one", &gif, &full, &empty, 0x090909FF},
-      {"more entries than indexes", &gif, &overfull, nullptr, 0x090909FF},
-      {"entries without an array", &gif, &full, &without_array, 0x000000FF},
-      {"both empty", &gif, &empty, &empty, 0},
-      {"no document", nullptr, nullptr, nullptr, 0},
-      {"no screen", &bare, nullptr, nullptr, 0},
-      {"no global table", &gif, nullptr, nullptr, 0},
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.what);
-    FakeHost host({});
-    LastWidth = LastHeight = -1;
-    SmallImage small;
-    small.image.cmap = c.local;
-    screen.cmap = c.global;
-    REALpictureStruct* picture = MakePictureFromGifPicture(c.gif, &small.image);
-    EXPECT_EQ(picture ? BytesAt(picture, 1, 1) : 0, c.at5);
-    EXPECT_EQ(LastWidth, picture ? 4 : -1);
-    EXPECT_EQ(LastHeight, picture ? 2 : -1);
-    EXPECT_TRUE(host.IsBalancedWithout({picture}));
-  }
-}
-
-TEST(Conversion, SurvivesImagesThatAreNotWhole) {
-  FakeHost host({});
-  EXPECT_EQ(MakePictureFromGifPicture(nullptr, nullptr), nullptr);
-  EXPECT_EQ(MakeMaskFromGifPicture(nullptr, 0), nullptr);
   SmallImage small;
+  small.image.cmap = nullptr;
+  EXPECT_EQ(host.Pixel(MakePicture(&gif, &small.image), 1, 1), 0x090909u);
+  for (Gif* missing : {&gif, &bare, static_cast<Gif*>(nullptr)}) {
+    screen.cmap = nullptr;
+    EXPECT_FALSE(MakePicture(missing, &small.image));
+  }
+  small.image.cmap = &without_array;
+  EXPECT_EQ(host.Pixel(MakePicture(&gif, &small.image), 1, 1), 0u);
+
+  small.image.cmap = &small.palette;
   small.rows[1] = nullptr;
-  REALpictureStruct* picture = MakePictureFromGifPicture(nullptr, &small.image);
-  EXPECT_EQ(BytesAt(picture, 3, 1), 0x010203FFu);  // a missing row is all index 0
+  EXPECT_EQ(host.Pixel(MakePicture(nullptr, &small.image), 3, 1), 0x010203u);  // a missing row is all index 0
   small.image.data = nullptr;
-  REALpictureStruct* mask = MakeMaskFromGifPicture(&small.image, 0);
-  EXPECT_EQ(BytesAt(mask, 3, 0), 0xFFFFFFFFu);
-  EXPECT_TRUE(host.IsBalancedWithout({picture, mask}));
+  EXPECT_EQ(host.Pixel(MakeMask(&small.image, 0), 3, 0), 0xFFFFFFu);
   small.image.height = 0;
-  EXPECT_EQ(MakePictureFromGifPicture(nullptr, &small.image), nullptr);
+  EXPECT_FALSE(MakePicture(nullptr, &small.image));
+  EXPECT_EQ(LastWidth, 4);
   EXPECT_EQ(LastHeight, 0);  // set before the size is refused
+  EXPECT_FALSE(MakePicture(&gif, nullptr) || MakeMask(nullptr, 0));
 }
 
 TEST(Conversion, LooksForTheTransparentIndexThroughGaps) {
@@ -95,45 +125,78 @@ TEST(Conversion, LooksForTheTransparentIndexThroughGaps) {
   EXPECT_EQ(FindTransparentIndex(nullptr, &image), -1);
 }
 
-TEST(Conversion, CopiesMasksWhereNothingDraws) {
-  const char* const kCopied = "new image image unlock unlock clear ";
+TEST(Conversion, TrustsOnlyWhatFits) {
+  static int* rows[4] = {};
+  static uint8_t* palette_rows[4] = {};
+  constexpr PictureKind kContexts = PictureKind::kDesktop, kImages = PictureKind::kConsole;
   const struct {
     const char* what;
-    const char* calls = "new image image unlock unlock clear ";
-    int descriptions = 9;
-    std::function<void(REALpictureDescription&)> spoil = [](auto&) {};
-    bool installed = false;
+    PictureKind kind;
+    Spoil spoil;
+    bool trusted = false;
   } cases[] = {
-      {.what = "console", .installed = true},
-      {"first not described", "new image ", 0},
-      {"second not described", "new image image unlock clear ", 1},
-      {"another kind", kCopied, 9, [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
-      {"no image", kCopied, 9, [](auto& d) { d.platform_object = nullptr; }},
-      {"no rows", kCopied, 9, [](auto& d) { Image(d).tpixels = nullptr; }},
-      {"other widths", kCopied, 9, [n = 0](auto& d) mutable { Image(d).sx += n++; }},
-      {"other heights", kCopied, 9, [n = 0](auto& d) mutable { Image(d).sy += n++; }},
+      {"alpha info with a flag beside it", kContexts, [](auto& d) { Context(d).alpha_info |= 8; }, true},
+      {"context of another kind", kContexts, [](auto& d) { d.kind = kPictureKindGDImage; }},
+      {"no context", kContexts, [](auto& d) { d.platform_object = nullptr; }},
+      {"no pixels", kContexts, [](auto& d) { Context(d).data = nullptr; }},
+      {"short rows", kContexts, [](auto& d) { Context(d).bytes_per_row = 11; }},
+      {"overflowing rows", kContexts, [](auto& d) { Context(d).width = SIZE_MAX / 4 + 1; }},
+      {"narrower context", kContexts, [](auto& d) { Context(d).width = 2; }},
+      {"lower context", kContexts, [](auto& d) { Context(d).height = 3; }},
+      {"image of another kind", kImages, [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
+      {"no image", kImages, [](auto& d) { d.platform_object = nullptr; }},
+      {"palette image", kImages, [](auto& d) { Image(d).pixels = palette_rows; }},
+      {"not true colour", kImages, [](auto& d) { Image(d).trueColor = 0; }},
+      {"no rows", kImages, [](auto& d) { Image(d).tpixels = nullptr; }},
+      {"rows missing", kImages, [](auto& d) { Image(d).tpixels = rows; }},
+      {"image narrower than described", kImages, [](auto& d) { --Image(d).sx; }},
+      {"empty description", kImages, [](auto& d) { d.height = 0; }},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.what);
-    FakeHost host({.contexts = false});
+    PictureHost host(c.kind);
+    spoil = c.spoil;
+    PictureWriter writer;
+    ASSERT_EQ(writer.NewPictureWriter(3, 4), c.trusted);
+    if (!c.trusted) continue;
+    writer.WritePixel(10, 20, 30);
+    EXPECT_EQ(host.Pixel(PictureRef::Adopt(writer.RenderPictureWriter()), 0, 0), 0x0A141Eu);
+  }
+}
+
+TEST(Conversion, CopiesMasksWhereNothingDraws) {
+  const struct {
+    const char* what;
+    int described;
+    Spoil spoil;
+    bool installed = false;
+  } cases[] = {
+      {"as it should be", 2, [](auto&) {}, true},
+      {"first not described", 0, [](auto&) {}},
+      {"second not described", 1, [](auto&) {}},
+      {"another kind", 2, [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
+      {"no image", 2, [](auto& d) { d.platform_object = nullptr; }},
+      {"no rows", 2, [](auto& d) { Image(d).tpixels = nullptr; }},
+      {"other widths", 2, [](auto& d) { Image(d).sx += described; }},
+      {"other heights", 2, [](auto& d) { Image(d).sy += described; }},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.what);
+    PictureHost host;
     SmallImage small;
-    REALpictureStruct* picture = MakePictureFromGifPicture(nullptr, &small.image);
-    REALpictureStruct* mask = MakeMaskFromGifPicture(&small.image, 6);
-    host.options.descriptions = c.descriptions;
-    host.options.spoil = c.spoil;
-    host.calls.clear();
-    AddPictureMask(nullptr, mask, 4, 2);
-    AddPictureMask(picture, nullptr, 4, 2);
-    AddPictureMask(picture, mask, 0, 2);
-    AddPictureMask(picture, mask, 4, 0);
-    EXPECT_EQ(host.calls, "");
-    AddPictureMask(picture, mask, 4, 2);
-    EXPECT_EQ(host.calls, c.calls);
-    auto* installed = reinterpret_cast<REALpictureStruct*>(Of(picture).mask);
+    const PictureRef picture = MakePicture(nullptr, &small.image), mask = MakeMask(&small.image, 6);
+    described = c.described;
+    spoil = c.spoil;
+    AddPictureMask(nullptr, mask.get(), 4, 2);
+    AddPictureMask(picture.get(), nullptr, 4, 2);
+    AddPictureMask(picture.get(), mask.get(), 0, 2);
+    AddPictureMask(picture.get(), mask.get(), 4, 0);
+    EXPECT_EQ(described, c.described);
+    AddPictureMask(picture.get(), mask.get(), 4, 2);
+    const auto installed = PictureRef::Adopt(REALGetPictureMask(picture.get(), 1));
     for (int i = 0; i < 8; ++i) {
-      EXPECT_EQ(BytesAt(installed, i % 4, i / 4) == BytesAt(mask, i % 4, i / 4), c.installed);
+      EXPECT_EQ(host.Pixel(installed, i % 4, i / 4), c.installed && i == 6 ? 0xFFFFFFu : 0u);
     }
-    EXPECT_TRUE(host.IsBalancedWithout({picture, mask}));
   }
 }
 

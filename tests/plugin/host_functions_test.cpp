@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "plugin/host_reference.h"
-#include "tests/plugin/lending.h"
+#include "tests/support/lending.h"
 
 static int32_t Seven(int32_t add) { return 7 + add; }
 

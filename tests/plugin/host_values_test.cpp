@@ -13,7 +13,7 @@
 
 #include "plugin/exceptions.h"
 #include "plugin/unicode.h"
-#include "tests/plugin/lending.h"
+#include "tests/support/lending.h"
 
 // A host of one kind of thing: text with an encoding, counted. Exceptions are things whose text is their class.
 struct Thing {

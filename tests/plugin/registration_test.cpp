@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/plugin/lending.h"
+#include "tests/support/lending.h"
 
 static std::string Taken(char* text) {
   const std::string copy = text ? text : "(null)";
