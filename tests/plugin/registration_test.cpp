@@ -1,26 +1,19 @@
+// What the plugin's own tables do not have, registered by the parts that register them.
+
 #include "plugin/registration.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
-#include <string>
+#include <memory>
 #include <vector>
 
 #include "tests/support/lending.h"
-
-static std::string Taken(char* text) {
-  const std::string copy = text ? text : "(null)";
-  std::free(text);
-  return copy;
-}
 
 // All four lists of a class, and lists that are not there although they claim members.
 TEST(Registration, MarkerBitsBecomeFlagsEverywhere) {
   constexpr uint32_t kMarked = 0xC0001, kFixed = 13;
   REALproperty properties[2] = {};
   REALmethodDefinition methods[2] = {};
-  for (REALproperty& property : properties) property.flags = kMarked;
-  for (REALmethodDefinition& method : methods) method.flags = kMarked;
+  for (int i = 0; i < 2; ++i) properties[i].flags = methods[i].flags = kMarked;
   REALclassDefinition definition = {};
   definition.flags = kMarked;
   definition.properties = &properties[0];
@@ -31,48 +24,48 @@ TEST(Registration, MarkerBitsBecomeFlagsEverywhere) {
   rbversion_rbversion = 2019.01;
   FixConsoleFlags(&definition);
   EXPECT_EQ(definition.flags, kFixed);
-  for (const auto& property : properties) EXPECT_EQ(property.flags, kFixed);
-  for (const auto& method : methods) EXPECT_EQ(method.flags, kFixed);
+  for (int i = 0; i < 2; ++i) EXPECT_EQ(properties[i].flags + methods[i].flags, 2 * kFixed);
   definition.methods = nullptr;
   FixConsoleFlags(&definition);
 }
 
-static char* ExtendFolderitem(const char* declaration) { return AddClassParameter(declaration, "Folderitem"); }
-
-// What the plugin's own tables do not have among their declarations.
 TEST(Registration, DeclarationsTakeOneMoreParameter) {
+  const auto extend = [](const char* declaration) { return AddClassParameter(declaration, "Folderitem"); };
   const std::string long_name(1200, 'n');
   const struct {
     char* (*add)(const char*);
     std::string declaration, rewritten;
   } rows[] = {
-      {ExtendFolderitem, "Close", "Close(extends ref as Folderitem)"},
-      {ExtendFolderitem, "Odd (a as X)", "Odd(extends ref as Folderitem) (a as X)"},
-      {ExtendFolderitem, "", "(extends ref as Folderitem)"},
-      {ExtendFolderitem, "F(" + long_name, "F(extends ref as Folderitem, " + std::string(969, 'n')},
-      {ExtendFolderitem, long_name, std::string(999, 'n')},
+      {extend, "Close", "Close(extends ref as Folderitem)"},
+      {extend, "Odd (a as X)", "Odd(extends ref as Folderitem) (a as X)"},
+      {extend, "", "(extends ref as Folderitem)"},
+      {extend, "F(" + long_name, "F(extends ref as Folderitem, " + std::string(969, 'n')},
+      {extend, long_name, std::string(999, 'n')},
       {AddAssignedParameter, "Red(i as integer) as integer", "Red(i as integer, assigns value as integer)"},
       {AddAssignedParameter, "Title as string", "Title(assigns value as string)"},
       {AddAssignedParameter, long_name + "()", std::string(998, 'n')},
       {AddAssignedParameter, "Title", "(null)"},
       {AddAssignedParameter, "", "(null)"},
   };
-  for (const auto& row : rows) EXPECT_EQ(Taken(row.add(row.declaration.c_str())), row.rewritten);
+  for (const auto& row : rows) {
+    const std::unique_ptr<char, decltype(&std::free)> text(row.add(row.declaration.c_str()), std::free);
+    EXPECT_EQ(text ? text.get() : "(null)", row.rewritten);
+  }
 }
 
 // What the host got, kept as text.
-static std::vector<std::string> registered;
+static std::string registered;
 
 static void GetModule(REALmoduleDefinition* m) {
   static auto& kept = *new std::vector<REALmoduleDefinition*>;  // a module is the host's for good
   kept.push_back(m);
-  std::string text = std::string("module ") + m->name;
+  registered += std::string("module ") + m->name + "\n";
   for (int64_t i = 0; i < m->method_count; ++i) {
     const REALmethodDefinition& method = m->methods[i];
-    text += std::string("\n") + method.declaration + " " + std::to_string(method.flags) +
-            (method.setter ? " with setter" : "") + " " + std::to_string(reinterpret_cast<uintptr_t>(method.handler));
+    registered += std::to_string(reinterpret_cast<uintptr_t>(method.handler)) +
+                  (method.setter ? " with setter " : " ") + method.declaration + " " + std::to_string(method.flags) +
+                  "\n";
   }
-  registered.push_back(text);
 }
 
 TEST(Registration, AssignableMethodsBecomeTwoInModulesOfExtensions) {
@@ -96,11 +89,12 @@ TEST(Registration, AssignableMethodsBecomeTwoInModulesOfExtensions) {
   extension.methods = &methods[2];
   extension.method_count = 1;
   RegisterClassExtension(&extension);
-  const std::vector<std::string> expected = {
-      "module FolderitemGIFExtensionZKV\n"
-      "Title(extends ref as Folderitem, assigns value as string) 20 2\n"
-      "Title(extends ref as Folderitem) as string 20 1\n"
-      "Save(extends ref as Folderitem, a as X) as boolean 20 3",
-      "module GIFGlobalsZKV\nTitle as string 20 with setter 1\nSave(a as X) as boolean 20 3"};
-  EXPECT_EQ(registered, expected);
+  EXPECT_EQ(registered,
+            "module FolderitemGIFExtensionZKV\n"
+            "2 Title(extends ref as Folderitem, assigns value as string) 20\n"
+            "1 Title(extends ref as Folderitem) as string 20\n"
+            "3 Save(extends ref as Folderitem, a as X) as boolean 20\n"
+            "module GIFGlobalsZKV\n"
+            "1 with setter Title as string 20\n"
+            "3 Save(a as X) as boolean 20\n");
 }
