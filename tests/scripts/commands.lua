@@ -1,4 +1,5 @@
--- The host's commands that show what is registered. Argument: the host's program.
+-- The host: its commands that show what is registered, what it says of mistakes in scripts, and that it finds each rule
+-- that a plugin breaks. Arguments: the host's program, the sample plugin.
 
 local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
 
@@ -56,3 +57,49 @@ for command, status in pairs {
   ["list GIFZKV"] = 2, ["describe Nothing"] = 1, ["validate --only nothing"] = 2, ["validate --seed x"] = 2,
   ["./list"] = 1, ["-e 'assert(arg[1] == [[list]])' list"] = 0, ["--plugin /none validate"] = 1,
 } do t.expect(command, select(2, run(command)), status) end
+
+-- Mistakes and exceptions, as scripts meet them
+local function message(f, ...) return tostring(select(2, pcall(f, ...))):gsub("^[^ ]*:%d+: ", "") end
+local gif, block = GIFZKV(), MemoryBlock("a\0c")
+for expected, f in pairs {
+  ['GIFZKV has no member "Heeder"; did you mean "Header"?'] = function() gif.Heeder = 1 end,
+  ["GIFZKV.Count can't be set"] = function() gif.Count = 1 end,
+  ["GIFZKV.Header is a String, not a table"] = function() gif.Header = {} end,
+  ["GIFZKV.Block: parameter index is an integer, not a table"] = function() gif:Block({}) end,
+  ["GIFZKV.Block takes (index as integer), not 0 arguments"] = function() gif:Block() end,
+  ["OutOfMemoryException: A MemoryBlock of -1 bytes can't be made."] = function() MemoryBlock(-1) end,
+  ["OutOfBoundsException: Parameter index to method Block is too big. Range is 0 to -1, but value is 7."] =
+    function() gif:Block(7) end,
+} do t.expect("message", message(f), expected) end
+block[1] = 98
+assert(#block == 3 and block[0] == 97 and block:String() == "abc" and block:String(1, 1) == "b")
+assert(MemoryBlock(5).Size == 5 and LenB("h\u{E9}") == 3 and not pcall(function() return block[3] end))
+
+-- Rules broken by the sample plugin: code, status, what is said
+for _, row in ipairs {
+  { "assert(WideBag().WIDTH == 80 and WideBag(1).Width == 1)", 0, "" },
+  { "local b = Bag() b.Item = b b.Item = nil", 0, "" },
+  { "local b = Bag() b.Item = WideBag() assert(b.Item == b.Item and b.Item.Width == 80)", 0, "" },
+  { "Bag():Break(0)", 71, "leak: 1 Bag (object), 1 references held by the plugin; Bag#2: made by PluginNewInstance in Bag.Break" },
+  { "Bag():Break(1)", 70, "REALUnlockObject in Bag.Break: object Bag#2 is dead; the last operation on it: REALUnlockObject in Bag.Break" },
+  { "Bag():Break(2)", 70, "object Bag#1: a reference is given up that the plugin does not have" },
+  { "Bag():Break(3)", 70, "REALLockString in Bag.Break: object Bag#2 was given where a handle of kind string is needed" },
+  { "Bag():Break(4)", 70, "something was written outside the instance data of Bag#2" },
+  { "Bag():Break(5)", 70, "was never given out" },
+  { "local b = Bag() b:GiveBorrowed(b)", 70, "returning a result in Bag.GiveBorrowed: object Bag#1: a reference is given up" },
+} do
+  local code, expected, said = table.unpack(row)
+  local output, status = run(("--plugin '%s' -e '%s'"):format(arg[2], code))
+  t.expect(code .. ": " .. output, status, expected)
+  assert(output:find(said, 1, true), output)
+end
+for declaration, complaint in pairs {
+  ["Block(index)"] = '"as" expected at column 12', ["Block(index as integer"] = '")" expected at column 23',
+  ["Block(index as ) as X"] = "a type expected at column 16",
+  ["Block(a as integer = x)"] = "a default value expected at column 22",
+} do
+  local pipe = io.popen(("SAMPLE_DECLARATION='%s' '%s' --plugin '%s' list 2>&1"):format(declaration, arg[1], arg[2]))
+  local output = pipe:read("a")
+  t.expect(declaration, select(3, pipe:close()), 70)
+  assert(output:find(complaint, 1, true), output)
+end
