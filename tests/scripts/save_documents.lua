@@ -97,6 +97,35 @@ expect_saved("screen and palette views",
 
 -- --- Opened documents -----------------------------------------------------------------------------------------------
 
+local kPlain, kFull, kTable = "GIF87a\3\0\2\1\0\7\x31", "GIF87a\3\0\2\1\xFF\7\x31", ("\9"):rep(768)
+local kComment = "\x21\xFE\1c\0"
+local kPixels, kCoded = "\2\2\x41\x60\1\x0A\0", "\2\3\x0C\x3C\5\0" -- 1, 0, 1, 0, 3 as they come and as we code them
+local kImage = "\x2C\4\1\5\0" -- at 260, 5
+for what, row in pairs {
+  ["another version"] = { kFull:gsub("87", "90") .. kTable .. kComment, "GIF90a" .. ("\0"):rep(7) },
+  ["bytes after the trailer"] = { kPlain .. kComment .. "\x3B" .. kComment, kPlain .. kComment },
+  ["an unknown introducer"] = { kPlain .. kComment .. "\0" .. kComment, kPlain .. kComment },
+  ["a global table, all bits"] = { kFull .. kTable .. kComment, kFull .. kTable .. kComment },
+  ["a local table, all bits"] = { kPlain .. kImage .. "\5\0\1\0\xF8" .. "rgbRGB" .. kPixels .. kComment,
+    kPlain .. kImage .. "\5\0\1\0\xF8" .. "rgbRGB" .. kCoded .. kComment },
+  ["no rows"] = { kPlain .. kImage .. "\3\0\0\0\0" .. kPixels .. kComment,
+    kPlain .. kImage .. "\3\0\0\0\0" .. "\2\1\x2C\0" .. kComment },
+  ["a code size too large"] = { kPlain .. kImage .. "\2\0\2\0\0" .. "\12\2\xFF\xFF\0" .. kComment,
+    kPlain .. kImage .. "\2\0\2\0\0" .. "\2\2\x84\x51\0" .. kComment },
+} do t.expect(what, hex(t.saved(GifStringToGifZKV(row[1]))), hex(row[2] .. "\x3B")) end
+local large = GifStringToGifZKV(kPlain .. kImage .. "\3\0\xB8\x0B\0" .. "\2\1\x41") -- in a few bytes
+t.expect_bytes("large image", large.FirstBlock.Picture.Data, "\1\0\1" .. ("\0"):rep(8997))
+
+-- Files read as strings do, wherever they end.
+local cut = t.new_path()
+for size = 0, #t.sample do
+  local file <close> = assert(io.open(cut, "wb"))
+  file:write(t.sample:sub(1, size)):flush()
+  local from_file, from_string = FolderItem(cut):OpenAsGIFZKV(), GifStringToGifZKV(t.sample:sub(1, size))
+  t.expect(size .. " bytes", from_file and t.saved(from_file), from_string and t.saved(from_string))
+end
+os.remove(cut)
+
 -- Saved as they are, whatever was set on them; saving changes nothing.
 local original = t.saved(opened)
 t.expect("tree kept", hex(t.saved(GifStringToGifZKV(original))), hex(original))

@@ -48,6 +48,10 @@ expect_saved_as(in_composed .. "a.gif", in_composed .. "a.gif", { kComposed, kDe
 -- Names that are no text
 expect_saved_as(kOdd, kOdd, {}, { kOdd })
 expect_saved_as(kOdd .. "/" .. kComposed, kOdd .. "/" .. kDecomposed, { kOdd }, {})
-expect_saved_as("\u{1F600}\u{AC00}", "\u{1F600}\u{1100}\u{1161}", {}, {})
+-- Characters beyond 16 bits, marks out of order, a ligature that is no composition
+local kMarks, kOrdered = "s\u{307}\u{323}x\u{307}\u{323}", "s\u{323}\u{307}x\u{323}\u{307}"
+expect_saved_as("\u{1F600}\u{AC00}\u{1D15E}", "\u{1F600}\u{1100}\u{1161}\u{1D157}\u{1D165}", {}, {})
+expect_saved_as("\u{FB01}" .. kMarks, "\u{FB01}" .. kOrdered, {}, {})
+expect_saved_as("\xF0\x9F\xFF" .. kMarks, "\xF0\x9F\xFF" .. kOrdered, {}, { "\xF0\x9F\xFF" .. kMarks, "\xF0\x9F\xFF" .. kOrdered })
 
 return "OK"
