@@ -1,5 +1,6 @@
 -- What a tree of plain tables is as a GIF file, step by step: the judge of saving. The tables have the script classes'
--- property names; `Blocks`, `Items` and `Colours` are { n = count, ... } and may hold false for nil.
+-- property names; `Blocks`, `Items` and `Colours` are { n = count, ... } and may hold false for nil. An image's
+-- `CodeSize` wins over the depth of its table.
 
 local writer = {}
 
@@ -98,7 +99,7 @@ local function image(picture, screen)
   local own = picture.HasPalette
   local packed = flag(own, 7) | flag(picture.Interlace, 6) | flag(picture.Sorted, 5)
       | (own and depth_bits(picture.PaletteDepth) or 0)
-  local code_size = low32((own and picture or screen).PaletteDepth)
+  local code_size = picture.CodeSize or low32((own and picture or screen).PaletteDepth)
   code_size = code_size > 11 and 8 or math.max(code_size, 2)
   return word(picture.Left) .. word(picture.Top) .. word(picture.Width) .. word(picture.Height) .. byte(packed)
       .. colours(picture) .. byte(code_size) .. in_sub_blocks(image_data(code_size, file_pixels(picture))) .. "\0"

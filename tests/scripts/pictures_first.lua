@@ -46,3 +46,8 @@ end
 assert(GifStringToPictureZKV("") == nil)
 assert(GifStringToPictureZKV("no GIF at all") == nil)
 assert(GIFZKV():MakeFirstPictureWithMask() == nil)
+
+-- What kind of host this is has been found out by now: one question for each picture.
+local kinds, descriptions = host.calls("pluginObjectType"), host.calls("REALLockPictureDescription")
+GifStringToGifZKV(make_gif(4, 2, palette, image)):MakeFirstPicture()
+assert(host.calls("pluginObjectType") == kinds and host.calls("REALLockPictureDescription") == descriptions + 1)

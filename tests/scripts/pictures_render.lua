@@ -65,6 +65,16 @@ for _, size in ipairs { { 0, 4 }, { 4, 0 } } do
   local flat = open(6, 4, global, image(size[1], size[2], 1))
   assert(flat:MakePicture() == nil and flat:MakeMask() == nil and flat:MakeMask(0) == nil, "no pixels")
 end
+-- The host is asked for sides of 1 to 32767 pixels only, and told twice that the pixels of what it made have changed.
+for _, size in ipairs { { 32767, 1, 1 }, { 1, 32767, 1 }, { 32768, 1, 0 }, { 1, 32768, 0 } } do
+  local width, height, made = table.unpack(size)
+  local bytes = "GIF89a\1\0\1\0\x80\0\0" .. ("\0"):rep(6) .. ("<BI2I2I2I2B"):pack(0x2C, 0, 0, width, height, 0) .. "\2\0"
+  local image, before = GifStringToGifZKV(bytes).FirstBlock.Picture, {}
+  local expected = { newPicture = made, unlockPictureDescription = made, REALPictureClearCache = 2 * made }
+  for name in pairs(expected) do before[name] = host.calls(name) end
+  assert((image:MakePicture() ~= nil) == (made == 1))
+  for name, calls in pairs(expected) do assert(host.calls(name) - before[name] == calls, name) end
+end
 local free = view:Clone()
 assert(free:MakePicture() == nil and free:MakeMask() == nil and free:MakeMask(1) == nil, "free-standing")
 
