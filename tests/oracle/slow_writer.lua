@@ -24,22 +24,21 @@ local function colours(owner)
   return text
 end
 
--- Codes as bits, each merged whole at its place.
+-- Codes as bits, each merged whole at its place: what exceeds its width falls onto the codes after it.
 local function pack(codes)
-  local packed, position = {}, 0
+  local packed, bits, held = {}, 0, 0
   for _, item in ipairs(codes) do
-    local code, width = item[1], item[2]
-    for bit = 0, 11 do
-      local at = (position + bit) // 8 + 1
-      packed[at] = (packed[at] or 0) | (code >> bit & 1) << (position + bit) % 8
+    bits, held = bits | item[1] << held, held + item[2]
+    while held >= 8 do
+      packed[#packed + 1], bits, held = string.char(bits & 0xFF), bits >> 8, held - 8
     end
-    position = position + width
   end
-  return string.char(table.unpack(packed, 1, (position + 7) // 8))
+  return table.concat(packed) .. (held > 0 and string.char(bits & 0xFF) or "")
 end
 
-local function image_data(code_size, pixels)
-  local clear = 1 << code_size
+-- The image data, and which pixel was in hand when all strings were cleared first.
+function writer.image_data(code_size, pixels)
+  local clear, cleared_at = 1 << code_size, nil
   local codes, strings, next_code, width, prefix = {}, {}, clear + 2, code_size + 1, nil
   local function put(code)
     codes[#codes + 1] = { code, width }
@@ -60,13 +59,14 @@ local function image_data(code_size, pixels)
       else
         put(clear)
         strings, next_code, width = {}, clear + 2, code_size + 1
+        cleared_at = cleared_at or i
       end
       prefix = pixel
     end
   end
   if prefix then put(prefix) end
   put(clear + 1)
-  return pack(codes)
+  return pack(codes), cleared_at
 end
 
 local function in_sub_blocks(bytes)
@@ -102,7 +102,7 @@ local function image(picture, screen)
   local code_size = picture.CodeSize or low32((own and picture or screen).PaletteDepth)
   code_size = code_size > 11 and 8 or math.max(code_size, 2)
   return word(picture.Left) .. word(picture.Top) .. word(picture.Width) .. word(picture.Height) .. byte(packed)
-      .. colours(picture) .. byte(code_size) .. in_sub_blocks(image_data(code_size, file_pixels(picture))) .. "\0"
+      .. colours(picture) .. byte(code_size) .. in_sub_blocks((writer.image_data(code_size, file_pixels(picture)))) .. "\0"
 end
 
 local function extension(from)

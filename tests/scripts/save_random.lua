@@ -2,7 +2,7 @@
 
 local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
 local oracle = dofile((arg[0]:gsub("[^/]*$", "../oracle/slow_writer.lua")))
-local kTrees = tonumber(arg[1]) or 1000
+local kTrees, kImages = tonumber(arg[1]) or 1000, tonumber(arg[2]) or 10000
 math.randomseed(20, 26)
 
 local random = math.random
@@ -99,11 +99,49 @@ local function build(class, values)
   return object
 end
 
-for i = 1, kTrees do
-  local tree = a_tree()
-  local gif = build(GIFZKV, tree)
-  local saved, expected = t.saved(gif), oracle.write(tree)
-  if saved ~= expected then error(("tree %d: %d bytes, expected %d"):format(i, #saved, #expected)) end
+local function expect_saved(what, tree)
+  local saved, expected = t.saved(build(GIFZKV, tree)), oracle.write(tree)
+  if saved ~= expected then error(("%s: %d bytes, expected %d"):format(what, #saved, #expected)) end
 end
 
-return "OK"
+for i = 1, kTrees do expect_saved("tree " .. i, a_tree()) end
+
+-- --- The encoder ----------------------------------------------------------------------------------------------------
+
+-- Noise, runs or bands with errors, in so many colours.
+local function painted(size, colours)
+  local kind, step, parts, length = random(4), random(9), {}, 0
+  local longest = ({ 1, 24, 400, 9 })[kind]
+  while length < size do
+    local colour = kind == 4 and length // step + random(0, 8) // 8 or random(0, colours - 1)
+    parts[#parts + 1] = string.char(colour % colours):rep(random(longest))
+    length = length + #parts[#parts]
+  end
+  return table.concat(parts):sub(1, size)
+end
+
+-- Now and then a pixel that the code size cannot hold, so that it looks like a string's code.
+local function spoiled(pixels, depth)
+  local at = chance(50) and 1 or random(#pixels)
+  return pixels:sub(1, at - 1) .. string.char((1 << depth) + 2 + random(0, 3)) .. pixels:sub(at + 1)
+end
+
+local function expect_coded(what, depth, width, height, pixels)
+  local palette = { HasPalette = true, PaletteDepth = depth, Width = width, Height = height, Data = pixels }
+  expect_saved(what, { Blocks = { n = 1, { Intro = 0x2C, Picture = palette } } })
+end
+
+for i = 1, kImages do
+  local depth, width = random(chance(90) and 8 or 11), random(250)
+  local height = random(chance(5) and 200 or 12)
+  local pixels = painted(width * height, chance(10) and 256 or 1 << math.min(depth, 8))
+  if chance(20) and depth < 8 then pixels = spoiled(pixels, math.max(depth, 2)) end
+  expect_coded("image " .. i, depth, width, height, pixels)
+end
+
+-- The pixel in hand when all strings are cleared looks like the code of the first string after that.
+local runs = {}
+for i = 1, 8000 do runs[i] = string.char(random(0, 3)):rep(random(20)) end
+local pixels = table.concat(runs)
+local _, at = oracle.image_data(2, pixels)
+expect_coded("a pixel like a code", 2, at + 100, 1, pixels:sub(1, at - 1) .. "\7" .. ("\0"):rep(100))
