@@ -54,3 +54,62 @@ for _, bytes in ipairs(documents) do
 end
 print(failed .. " failures")
 assert(failed > 100)
+
+-- --- What exactly is left of a read that lacks one allocation, and of a write ----------------------------------------
+
+if not failing_plugin then return end
+local fail = package.loadlib(failing_plugin, "FailAllocationByScript")
+
+local function saved(gif)
+  if not FolderItem(path):SaveAsGIFZKV(gif) then return nil end
+  local file <close> = io.open(path, "rb")
+  return file:read("a")
+end
+
+local kStart = "GIF89a\1\0\1\0\x80\0\0"
+local kTable, kEnd = kStart .. "nine 9", "\x3B"
+local kFirst = "!\1\1;\1;\0" -- sub-blocks that, left unread, read as the trailer
+local kDescriptor = ",\4\1\5\0\5\0\1\0\x80rgbRGB\2"
+local kImage, kLast = kDescriptor .. "\3\x0C\x3C\5\0", "!\2\0"
+local whole = kTable .. kFirst .. kImage .. kLast
+local no_image = kTable .. kFirst .. "," .. kLast
+for n, row in ipairs {
+  { "document" }, { "screen" }, { "palette" },
+  { "global colours", kStart .. kFirst .. kImage .. kLast },
+  { "block", kTable },
+  { "extension", kTable .. "!" .. kImage .. kLast },
+  { "sub-block", kTable .. "!\1\0" }, { "its bytes", kTable .. "!\1\0" },
+  { "list of sub-blocks", kTable .. "!\1\0" .. kImage .. kLast },
+  { "second sub-block", kTable .. "!\1\1;\0" }, { "its bytes", kTable .. "!\1\1;\0" },
+  { "list of sub-blocks", kTable .. "!\1\0" .. kImage .. kLast },
+  { "list of blocks", kTable .. kImage .. kLast },
+  { "block", kTable .. kFirst },
+  { "picture", no_image }, { "its palette", no_image }, { "local colours", no_image },
+  { "rows", no_image }, { "pixels", no_image },
+  { "list of blocks", kTable .. kLast },
+  { "block", kTable .. kFirst .. kImage },
+  { "extension", kTable .. kFirst .. kImage .. "!" },
+  { "list of blocks", kTable },
+  { "block of the trailer", whole },
+  { "none", whole },
+} do
+  local what, left = table.unpack(row)
+  local reached = fail(n)
+  local gif = GifStringToGifZKV(whole .. kEnd)
+  assert(reached() == (what ~= "none"), what)
+  assert((gif and saved(gif)) == (left and left .. kEnd), what)
+  reached = fail(n, true) -- from there on all fail: no more than no fault
+  GifStringToGifZKV(whole .. kEnd)
+  reached()
+end
+
+-- Without memory for its encoder an image has no pixels; what follows stays readable.
+local gif, n, seen, reached = GifStringToGifZKV(whole .. kEnd), 0, {}, nil
+repeat
+  n = n + 1
+  local release = fail(n)
+  local bytes = saved(gif)
+  reached = release()
+  seen[bytes or "none"] = true
+until not reached
+assert(seen[whole .. kEnd] and seen[kTable .. kFirst .. kDescriptor .. "\0" .. kLast .. kEnd])

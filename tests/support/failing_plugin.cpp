@@ -1,7 +1,7 @@
 // What makes a plugin of the plugin's own objects whose allocations fail on demand:
 //
 //   local fail = package.loadlib(plugin, "FailAllocationByScript")
-//   local reached = fail(n)  -- the n-th allocation from now on fails, once
+//   local reached = fail(n)  -- the n-th allocation from now on fails, once; fail(n, true): and all after it
 //   reached()                -- whether it did; from now on none fails
 //
 // Before scripts run, the environment's FAIL_ALLOCATION says which fails.
@@ -12,7 +12,23 @@
 #include <lua.hpp>
 #include <new>
 
-#include "tests/support/failing_allocation.h"
+static int64_t failing_allocation = 0;  // 1 is the next; 0: none fails
+static bool fails_for_good = false;
+static int64_t allocations = 0;
+
+static void FailAllocation(int64_t n, bool for_good = false) {
+  failing_allocation = n;
+  fails_for_good = for_good;
+  allocations = 0;
+}
+
+static bool AllocationFailed() { return failing_allocation > 0 && allocations >= failing_allocation; }
+
+// Counts one more allocation; true when it is to fail.
+static bool RefuseAllocation() {
+  ++allocations;
+  return allocations == failing_allocation || (fails_for_good && AllocationFailed());
+}
 
 static int Reached(lua_State* lua) {
   lua_pushboolean(lua, AllocationFailed() ? 1 : 0);
@@ -21,8 +37,8 @@ static int Reached(lua_State* lua) {
 }
 
 extern "C" __attribute__((visibility("default"))) int FailAllocationByScript(lua_State* lua) {
+  FailAllocation(luaL_checkinteger(lua, 1), lua_toboolean(lua, 2) != 0);
   lua_pushcfunction(lua, Reached);
-  FailAllocation(luaL_checkinteger(lua, 1));
   return 1;
 }
 
@@ -31,14 +47,23 @@ __attribute__((constructor)) static void FailFromTheStart() {
   FailAllocation(n ? std::atoll(n) : 0);
 }
 
-// NOLINTBEGIN(bugprone-reserved-identifier)
+// The plugin is linked so that every allocation of its objects comes by here: the names that the linker's --wrap
+// gives to the caller's side and to the C library's. NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
+void* __real_calloc(size_t count, size_t size);
+void* __real_malloc(size_t size);
+void* __real_realloc(void* memory, size_t size);
 FILE* __real_fopen(const char* path, const char* mode);
 char* __real_strdup(const char* text);
 void* __real__Znwm(size_t size);  // operator new
 void* __real__ZnwmRKSt9nothrow_t(size_t size, const std::nothrow_t&);
 void* __real__ZnamRKSt9nothrow_t(size_t size, const std::nothrow_t&);  // operator new[]
 
+void* __wrap_calloc(size_t count, size_t size) { return RefuseAllocation() ? nullptr : __real_calloc(count, size); }
+void* __wrap_malloc(size_t size) { return RefuseAllocation() ? nullptr : __real_malloc(size); }
+void* __wrap_realloc(void* memory, size_t size) {
+  return RefuseAllocation() ? nullptr : __real_realloc(memory, size);
+}
 FILE* __wrap_fopen(const char* path, const char* mode) {
   return RefuseAllocation() ? nullptr : __real_fopen(path, mode);
 }
