@@ -124,9 +124,8 @@ void ReadGifLine(MyFILE* stream, GifDecoder* d, unsigned char* line, int len) {
     if (last_code != 4098) {
       const int32_t k = d->code_count - 2;
       if (k > 4095 && !kGoesOnWhenFull) return fail(kTableFull);
-      if (k > 4095) {
-        d->events[kTableFull]++;
-      } else {
+      d->events[kTableFull] += k > 4095;
+      if (k <= 4095) {
         d->prefix.at(k) = last_code;
         d->suffix.at(k) = q == k ? FirstPixel(d, last_code) : FirstPixel(d, q);
       }

@@ -4,6 +4,7 @@
 #include <gd.h>
 #include <gif_lib.h>
 
+#include <algorithm>
 #include <cstring>
 #include <random>
 #include <vector>
@@ -167,25 +168,11 @@ Bytes Written(const Gif* gif) {
   return written;
 }
 
-std::vector<GifPicture*> ImagesOf(const Gif& gif) {
-  std::vector<GifPicture*> images;
-  for (int i = 0; i < gif.count; ++i) {
-    if (gif.blocks[i]->picture) images.push_back(gif.blocks[i]->picture);
-  }
-  return images;
-}
-
-void ExpectRows(const GifPicture& picture, const SavedImage& expected) {
-  const size_t width = expected.ImageDesc.Width;
-  for (size_t y = 0; y < static_cast<size_t>(expected.ImageDesc.Height); ++y) {
-    ASSERT_EQ(std::memcmp(picture.data[y], expected.RasterBits + y * width, width), 0) << y;
-  }
-}
-
 // The first image, which is what libgd reads. Gives libgd's.
 gdImagePtr ExpectLibgdSeesOurPictures(Bytes bytes, LendingHost& host) {
   const Document gif = Read(bytes);
-  GifPicture* image = ImagesOf(*gif).front();
+  const auto* block = std::find_if(gif->blocks, gif->blocks + gif->count, [](GifBlock* b) { return b->picture; });
+  GifPicture* image = (*block)->picture;
   gdImagePtr seen = gdImageCreateFromGifPtr(static_cast<int>(bytes.size()), bytes.data());
   const auto picture = PictureRef::Adopt(MakePictureFromGifPicture(gif.get(), image));
   const auto mask = PictureRef::Adopt(MakeMaskFromGifPicture(image, FindTransparentIndex(gif.get(), image)));
@@ -213,11 +200,7 @@ TEST(Peers, AgreeOnWhatEachWrites) {
     for (int i = 0; i < size.documents; ++i) {
       SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", document " << i);
       const GiflibDocument gif = RandomDocument(size.width, size.height, size.images);
-      const Document read = Read(WrittenByGiflib(*gif));
-      const std::vector<GifPicture*> images = ImagesOf(*read);
-      ASSERT_EQ(images.size(), static_cast<size_t>(size.images));
-      for (int n = 0; n < size.images; ++n) ExpectRows(*images[n], gif->SavedImages[n]);
-      const Bytes bytes = Written(read.get());
+      const Bytes bytes = Written(Read(WrittenByGiflib(*gif)).get());
       ExpectGiflibReads(bytes, *gif);
       EXPECT_EQ(Written(Read(bytes).get()), bytes);
       gdImagePtr first = ExpectLibgdSeesOurPictures(bytes, host);
