@@ -45,14 +45,11 @@ ColorMapObject* RandomColours(int depth) {
   return table;
 }
 
-// Noise, runs, bands or large areas, in colours that the depth has.
-void Paint(GifByteType* pixels, int width, int height, int depth) {
-  const int kind = Below(4), step = Below(50) + 1;
-  for (int i = 0; i < width * height; ++i) {
-    const int x = i % width, y = i / width;
-    const bool runs_on = kind == 1 && i > 0 && Below(step) > 0;
-    const int colour = kind == 2 ? (x + y) / step : kind == 3 ? (x / 97 + y / step) * 5 : Below(256);
-    pixels[i] = runs_on ? pixels[i - 1] : static_cast<uint8_t>(colour % (1 << depth));
+// Noise or runs, in colours that the depth has.
+void Paint(GifByteType* pixels, int count, int depth) {
+  const int longest = Below(2) == 0 ? 1 : 1 + Below(500);
+  for (int i = 0; i < count; ++i) {
+    pixels[i] = i > 0 && Below(longest) > 0 ? pixels[i - 1] : static_cast<uint8_t>(Below(1 << depth));
   }
 }
 
@@ -88,7 +85,7 @@ GiflibDocument RandomDocument(int width, int height, int images) {
                         Below(2) == 0,
                         i >= first_local ? RandomColours(bits) : nullptr};
     image->RasterBits = static_cast<GifByteType*>(std::malloc(static_cast<size_t>(w) * h));
-    Paint(image->RasterBits, w, h, bits);
+    Paint(image->RasterBits, w * h, bits);
   }
   return gif;
 }

@@ -51,13 +51,7 @@ TEST(RowRenderer, AllKernelsAgreeWithTheJudge) {
         ++kernels_run;
         check(kernel.name, [&](uint8_t* out) { kernel.render(lookup, indexes.data(), count, out); });
       }
-      const RowRenderer renderer(table);
-      check("chosen", [&](uint8_t* out) { renderer.Render(indexes.data(), count, out); });
-      std::fill(indexes.begin(), indexes.end(), uint8_t{0});
-      const std::vector<uint8_t> zeros = RenderSlowly(table, indexes);
-      std::vector<uint8_t> bytes(4 * count);
-      renderer.Render(nullptr, count, bytes.data());
-      EXPECT_EQ(bytes, zeros);
+      check("chosen", [&](uint8_t* out) { RowRenderer(table).Render(indexes.data(), count, out); });
     }
   }
   EXPECT_GE(kernels_run, static_cast<int>(std::size(kTables) * std::size(kCounts)));

@@ -77,9 +77,7 @@ assert(MemoryBlock(5).Size == 5 and LenB("h\u{E9}") == 3 and not pcall(function(
 
 -- Rules broken by the sample plugin: code, status, what is said
 for _, row in ipairs {
-  { "assert(WideBag().WIDTH == 80 and WideBag(1).Width == 1)", 0, "" },
-  { "local b = Bag() b.Item = b b.Item = nil", 0, "" },
-  { "local b = Bag() b.Item = WideBag() assert(b.Item == b.Item and b.Item.Width == 80)", 0, "" },
+  { "local b = WideBag() assert(b.WIDTH == 80) b.width = 5 assert(b.Width == 5 and WideBag(1).Width == 1)", 0, "" },
   { "Bag():Break(0)", 71, "leak: 1 Bag (object), 1 references held by the plugin; Bag#2: made by PluginNewInstance in Bag.Break" },
   { "Bag():Break(1)", 70, "REALUnlockObject in Bag.Break: object Bag#2 is dead; the last operation on it: REALUnlockObject in Bag.Break" },
   { "Bag():Break(2)", 70, "object Bag#1: a reference is given up that the plugin does not have" },

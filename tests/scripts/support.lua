@@ -59,9 +59,6 @@ function support.check_fields(view, of_record, new, to_set)
   expect_fields("clone of view after setting", copy, to_set)
 end
 
--- How many objects of a class are alive.
-function support.live(class) return host.live()[class] or 0 end
-
 -- Codes of three bits each, from the lowest bit up.
 local function codes(...)
   local word = 0

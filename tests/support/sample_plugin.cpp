@@ -21,7 +21,6 @@ REALproc Proc(Result (*function)(Arguments...)) {
 
 struct Bag {
   int64_t width;
-  REALobjectStruct* item;
 };
 
 extern REALclassDefinition bag_class;
@@ -30,20 +29,8 @@ Bag& Data(REALobjectStruct* self) {
   return *reinterpret_cast<Bag*>(reinterpret_cast<char*>(self) + bag_class.instance_offset);
 }
 
-void Destroy(REALobjectStruct* self) { Call<void>("REALUnlockObject", Data(self).item); }
-
 int64_t GetWidth(REALobjectStruct* self, int64_t) { return Data(self).width; }
 void SetWidth(REALobjectStruct* self, int64_t, int64_t value) { Data(self).width = value; }
-
-REALobjectStruct* GetItem(REALobjectStruct* self, int64_t) {
-  Call<void>("REALLockObject", Data(self).item);
-  return Data(self).item;
-}
-void SetItem(REALobjectStruct* self, int64_t, REALobjectStruct* item) {
-  Call<void>("REALLockObject", item);
-  Call<void>("REALUnlockObject", Data(self).item);
-  Data(self).item = item;
-}
 
 REALobjectStruct* MakeBag(int64_t width) {
   auto* made = Call<REALobjectStruct*>("PluginNewInstance", "Bag");
@@ -67,7 +54,7 @@ void Break(REALobjectStruct* self, int64_t rule) {
       Call<void>("REALLockString", made);  // another kind
       break;
     case 4:
-      (&Data(made).width)[sizeof(Bag) / sizeof(int64_t)] = 1;  // behind the data
+      (&Data(made).width)[1] = 1;  // behind the data
       break;
     case 5:
       Call<void>("REALLockObject", &rule);  // never a handle
@@ -83,7 +70,6 @@ REALobjectStruct* GiveBorrowed(REALobjectStruct*, REALobjectStruct* bag) { retur
 
 REALproperty properties[] = {
     {nullptr, "Width", "Integer", 4, Proc(GetWidth), Proc(SetWidth), 0, nullptr},
-    {nullptr, "Item", "Bag", 4, Proc(GetItem), Proc(SetItem), 0, nullptr},
 };
 
 REALmethodDefinition methods[] = {
@@ -91,8 +77,8 @@ REALmethodDefinition methods[] = {
     {Proc(GiveBorrowed), nullptr, "GiveBorrowed(bag as Bag) as Bag", 4, 0, 0},
 };
 
-REALclassDefinition bag_class = {13, "Bag",   nullptr, sizeof(Bag), 0,       nullptr, Proc(Destroy), properties,
-                                 2,  methods, 2,       4,           nullptr, 0,       nullptr,       0};
+REALclassDefinition bag_class = {13, "Bag",   nullptr, sizeof(Bag), 0,       nullptr, nullptr, properties,
+                                 1,  methods, 2,       4,           nullptr, 0,       nullptr, 0};
 
 REALmethodDefinition make_wide = {Proc(MakeBag), nullptr, "WideBag(width as integer = 80) as Bag", 4, 0, 0};
 
