@@ -136,6 +136,9 @@ TEST(HostValues, TheHostMarksWhatCannotBeConverted) {
       {"\xFFz", kEncodingUnknown, kEncodingUtf8, "\xFFz"},
       {std::string(10000, '\x81'), kEncodingWindowsLatin1, kEncodingUtf8, std::string(10000, '?')}};
   for (const auto& row : rows) EXPECT_EQ(host::ConvertEncoding(row.bytes, row.from, row.to), row.converted);
+  for (const std::string bytes : {"", "\xF0\x9F\x98\x80", "GIF89a\xFF", "\xC3"}) {
+    EXPECT_EQ(host::IsUtf8(bytes), bytes.size() % 4 == 0) << bytes;
+  }
 }
 
 TEST(HostValues, MemoryBlocksAreCopiesOrExceptions) {
