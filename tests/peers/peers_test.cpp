@@ -26,8 +26,7 @@ int Below(int limit) {
   return static_cast<int>(random() % static_cast<unsigned>(limit));
 }
 
-// --- Documents as giflib keeps them
-// ----------------------------------------------------------------------------------
+// --- Documents as giflib keeps them -----------------------------------------------------------------------------
 
 void FreeDocument(GifFileType* file) {
   GifFreeMapObject(file->SColorMap);
@@ -78,12 +77,8 @@ GiflibDocument RandomDocument(int width, int height, int images) {
     if (Below(2) == 0) AddExtension(image, 0xF9, {{1, 10, 0, static_cast<uint8_t>(Below(1 << bits))}});
     // The first image covers the screen.
     const int w = i == 0 ? width : 1 + Below(width), h = i == 0 ? height : 1 + Below(height);
-    image->ImageDesc = {Below(width - w + 1),
-                        Below(height - h + 1),
-                        w,
-                        h,
-                        Below(2) == 0,
-                        i >= first_local ? RandomColours(bits) : nullptr};
+    image->ImageDesc = {Below(width - w + 1), Below(height - h + 1), w, h, Below(2) == 0, nullptr};
+    if (i >= first_local) image->ImageDesc.ColorMap = RandomColours(bits);
     image->RasterBits = static_cast<GifByteType*>(std::malloc(static_cast<size_t>(w) * h));
     Paint(image->RasterBits, w * h, bits);
   }
@@ -101,50 +96,27 @@ Bytes WrittenByGiflib(const GifFileType& gif) {
   *file = gif;
   file->UserData = &bytes;
   file->Private = own;
+  file->Image.ColorMap = nullptr;
   EXPECT_EQ(EGifSpew(file), GIF_OK);
   return bytes;
 }
 
-void ExpectSameTable(const ColorMapObject* actual, const ColorMapObject* expected) {
-  ASSERT_EQ(actual != nullptr, expected != nullptr);
-  if (!actual) return;
-  ASSERT_EQ(actual->ColorCount, expected->ColorCount);
-  EXPECT_EQ(std::memcmp(actual->Colors, expected->Colors, expected->ColorCount * sizeof(GifColorType)), 0);
-}
-
-void ExpectSameImage(const SavedImage& actual, const SavedImage& expected) {
-  const GifImageDesc &a = actual.ImageDesc, &e = expected.ImageDesc;
-  ASSERT_EQ((std::vector{a.Left, a.Top, a.Width, a.Height, int{a.Interlace}}),
-            (std::vector{e.Left, e.Top, e.Width, e.Height, int{e.Interlace}}));
-  ExpectSameTable(a.ColorMap, e.ColorMap);
-  EXPECT_EQ(std::memcmp(actual.RasterBits, expected.RasterBits, static_cast<size_t>(e.Width) * e.Height), 0);
-  ASSERT_EQ(actual.ExtensionBlockCount, expected.ExtensionBlockCount);
-  for (int i = 0; i < expected.ExtensionBlockCount; ++i) {
-    const ExtensionBlock &x = actual.ExtensionBlocks[i], &y = expected.ExtensionBlocks[i];
-    EXPECT_EQ(x.Function, y.Function);
-    EXPECT_EQ(Bytes(x.Bytes, x.Bytes + x.ByteCount), Bytes(y.Bytes, y.Bytes + y.ByteCount));
-  }
-}
-
-void ExpectGiflibReads(const Bytes& bytes, const GifFileType& expected) {
+// What giflib reads from the bytes, written again.
+Bytes RewrittenByGiflib(const Bytes& bytes) {
   MyFILE stream = {bytes.data(), static_cast<int64_t>(bytes.size()), 0, nullptr};
   const auto take = [](GifFileType* file, GifByteType* to, int count) {
     ReadBytes(static_cast<MyFILE*>(file->UserData), to, count);
     return count;
   };
   GifFileType* file = DGifOpen(&stream, take, nullptr);
-  ASSERT_EQ(DGifSlurp(file), GIF_OK) << GifErrorString(file->Error);
+  EXPECT_EQ(DGifSlurp(file), GIF_OK) << GifErrorString(file->Error);
   EXPECT_EQ(stream.position, stream.size);
-  EXPECT_EQ((std::vector{file->SWidth, file->SHeight, file->SColorResolution, file->SBackGroundColor}),
-            (std::vector{expected.SWidth, expected.SHeight, expected.SColorResolution, expected.SBackGroundColor}));
-  ExpectSameTable(file->SColorMap, expected.SColorMap);
-  ASSERT_EQ(file->ImageCount, expected.ImageCount);
-  for (int i = 0; i < file->ImageCount; ++i) ExpectSameImage(file->SavedImages[i], expected.SavedImages[i]);
+  Bytes written = WrittenByGiflib(*file);
   DGifCloseFile(file, nullptr);
+  return written;
 }
 
-// --- Ours
-// ------------------------------------------------------------------------------------------------------------
+// --- Ours --------------------------------------------------------------------------------------------------------
 
 Document Read(const Bytes& bytes) {
   Document gif(NewGif(), DeleteGif);
@@ -197,9 +169,9 @@ TEST(Peers, AgreeOnWhatEachWrites) {
     for (int i = 0; i < size.documents; ++i) {
       SCOPED_TRACE(testing::Message() << size.width << " x " << size.height << ", document " << i);
       const GiflibDocument gif = RandomDocument(size.width, size.height, size.images);
-      const Bytes bytes = Written(Read(WrittenByGiflib(*gif)).get());
-      ExpectGiflibReads(bytes, *gif);
-      EXPECT_EQ(Written(Read(bytes).get()), bytes);
+      const Bytes by_giflib = WrittenByGiflib(*gif), bytes = Written(Read(by_giflib).get());
+      EXPECT_TRUE(RewrittenByGiflib(bytes) == by_giflib);
+      EXPECT_TRUE(Written(Read(bytes).get()) == bytes);
       gdImagePtr first = ExpectLibgdSeesOurPictures(bytes, host);
       int length = 0;
       auto* by_libgd = static_cast<uint8_t*>(gdImageGifPtr(first, &length));
