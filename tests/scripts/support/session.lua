@@ -6,59 +6,46 @@ local session = {}
 
 -- --- Taking things apart ---------------------------------------------------------------------------------------------
 
-local function palette_parts(palette)
-  if not palette then return nil end
-  local entries = {}
-  for i = 0, palette.Count - 1 do
-    entries[i + 1] = ("%02X%02X%02X"):format(palette:Red(i), palette:Green(i), palette:Blue(i))
+local kLists = { GIFZKV = "Block", GifExtensionZKV = "Data" }
+
+-- What each class tells beyond its properties.
+local kMore = {
+  GifPaletteZKV = function(palette, parts)
+    local entries = {}
+    for i = 0, palette.Count - 1 do
+      entries[i + 1] = ("%02X%02X%02X"):format(palette:Red(i), palette:Green(i), palette:Blue(i))
+    end
+    parts.entries = table.concat(entries)
+  end,
+  GifPictureZKV = function(picture, parts)
+    parts.rows, parts.copied = {}, session.parts(picture:CopyData())
+    for row = 0, math.min(picture.Height, 100) - 1 do
+      parts.rows[row + 1] = session.parts(picture:PixelData(row)) or ""
+    end
+  end,
+}
+
+-- The properties that are read, by class: none that stands for an item of a list.
+local properties = setmetatable({}, { __index = function(known, class)
+  local names = {}
+  for _, property in ipairs(host.describe(class).properties) do
+    local of_list = kLists[class] and (property.name == "Count" or property.name:find("^First"))
+    if not of_list then names[#names + 1] = property.name end
   end
-  return { count = palette.Count, entries = table.concat(entries) }
-end
+  known[class] = names
+  return names
+end })
 
-local function text(bytes) return bytes and tostring(bytes) or nil end
-
-local function picture_parts(picture)
-  if not picture then return nil end
-  local rows = {}
-  for row = 0, math.min(picture.Height, 100) - 1 do rows[row + 1] = text(picture:PixelData(row)) or "" end
-  return {
-    left = picture.Left, top = picture.Top, width = picture.Width, height = picture.Height,
-    depth = picture.PaletteDepth, has_cmap = picture.HasPalette, interlace = picture.Interlace, sorted = picture.Sorted,
-    palette = palette_parts(picture.Palette), rows = rows, data = text(picture.Data), copied = text(picture:CopyData()),
-  }
-end
-
-local function extension_parts(extension)
-  if not extension then return nil end
-  local items = {}
-  for i = 0, extension.Count - 1 do
-    local data = extension:Data(i)
-    items[i + 1] = data and { string = data.DataString, memory = text(data.DataMemory), length = data.Length } or {}
+function session.parts(value)
+  if type(value) ~= "userdata" then return value end
+  local class, parts = host.class(value), {}
+  if class == "MemoryBlock" then return tostring(value) end
+  for _, name in ipairs(properties[class]) do parts[name] = session.parts(value[name]) end
+  for i = 1, kLists[class] and value.Count or 0 do
+    parts[i] = session.parts(value[kLists[class]](value, i - 1)) or {}
   end
-  return { marker = extension.Marker, items = items }
-end
-
-function session.block_parts(block)
-  return { intro = block.Intro, picture = picture_parts(block.Picture), extension = extension_parts(block.Extension) }
-end
-
-local function screen_parts(screen)
-  if not screen then return nil end
-  return {
-    width = screen.Width, height = screen.Height, has_cmap = screen.HasPalette, color_res = screen.ColorResolution,
-    sorted = screen.Sorted, depth = screen.PaletteDepth, background = screen.BackgroundColor, aspect = screen.Aspect,
-    palette = palette_parts(screen.Palette),
-  }
-end
-
-function session.parts(document)
-  if not document then return nil end
-  local blocks = {}
-  for i = 0, document.Count - 1 do
-    local block = document:Block(i)
-    blocks[i + 1] = block and session.block_parts(block) or {}
-  end
-  return { header = document.Header, screen = screen_parts(document.Screen), blocks = blocks }
+  if kMore[class] then kMore[class](value, parts) end
+  return parts
 end
 
 local function surface(picture)
