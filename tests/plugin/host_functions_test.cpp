@@ -31,8 +31,8 @@ TEST(HostFunctionTable, ThreadsThatMeetInTheFirstLookUpAskOnceAndAllCall) {
   Lend("Seven", Seven);
   HostFunction<int32_t(int32_t)> once{"Seven"};
   std::atomic<int> sum = 0;
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i) threads.emplace_back([&] { sum += once(0); });
+  std::vector<std::thread> threads(8);
+  for (std::thread& thread : threads) thread = std::thread([&] { sum += once(0); });
   for (std::thread& thread : threads) thread.join();
   EXPECT_EQ(sum, 56);
   EXPECT_EQ(asked["Seven"], 1);

@@ -86,7 +86,7 @@ static std::string RegisteredWith(double version, REALresolver resolver) {
   }
   int status = 1;
   waitpid(child, &status, 0);
-  const std::string got = status == 0 ? text : std::string("died: ") + text;
+  std::string got = status == 0 ? text : std::string("died: ") + text;
   munmap(shared, kTextRoom);
   return got;
 }

@@ -62,7 +62,7 @@ for command, status in pairs {
 local function message(f, ...) return tostring(select(2, pcall(f, ...))):gsub("^[^ ]*:%d+: ", "") end
 local gif, block = GIFZKV(), MemoryBlock("a\0c")
 for expected, f in pairs {
-  ['GIFZKV has no member "Heeder"; did you mean "Header"?'] = function() gif.Heeder = 1 end,
+  ['GIFZKV has no member "Haeder"; did you mean "Header"?'] = function() gif.Haeder = 1 end,
   ["GIFZKV.Count can't be set"] = function() gif.Count = 1 end,
   ["GIFZKV.Header is a String, not a table"] = function() gif.Header = {} end,
   ["GIFZKV.Block: parameter index is an integer, not a table"] = function() gif:Block({}) end,
@@ -78,6 +78,7 @@ assert(MemoryBlock(5).Size == 5 and LenB("h\u{E9}") == 3 and not pcall(function(
 -- Rules broken by the sample plugin: code, status, what is said
 for _, row in ipairs {
   { "local b = WideBag() assert(b.WIDTH == 80) b.width = 5 assert(b.Width == 5 and WideBag(1).Width == 1)", 0, "" },
+  { "local function f() error([[why]]) end f()", 1, "-e:1: why\nstack traceback:" },
   { "Bag():Break(0)", 71, "leak: 1 Bag (object), 1 references held by the plugin; Bag#2: made by PluginNewInstance in Bag.Break" },
   { "Bag():Break(1)", 70, "REALUnlockObject in Bag.Break: object Bag#2 is dead; the last operation on it: REALUnlockObject in Bag.Break" },
   { "Bag():Break(2)", 70, "object Bag#1: a reference is given up that the plugin does not have" },
@@ -95,9 +96,10 @@ for declaration, complaint in pairs {
   ["Block(index)"] = '"as" expected at column 12', ["Block(index as integer"] = '")" expected at column 23',
   ["Block(index as ) as X"] = "a type expected at column 16",
   ["Block(a as integer = x)"] = "a default value expected at column 22",
+  ["Open(extends b as Bag, quiet as boolean = true, assigns n as integer) as Bag"] = "Bag",
 } do
   local pipe = io.popen(("SAMPLE_DECLARATION='%s' '%s' --plugin '%s' list 2>&1"):format(declaration, arg[1], arg[2]))
   local output = pipe:read("a")
-  t.expect(declaration, select(3, pipe:close()), 70)
+  t.expect(declaration, select(3, pipe:close()), complaint == "Bag" and 0 or 70)
   assert(output:find(complaint, 1, true), output)
 end
