@@ -9,15 +9,19 @@
 
 #include "host/encoding.h"
 #include "host/exception.h"
+#include "host/memory_block.h"
 #include "plugin/exceptions.h"
 #include "tests/support/lending.h"
 
-// What the class's constructor was asked for; it makes nothing.
+// What the class's constructor was asked for; it makes 8 bytes.
 static int64_t constructed_size;
+static void Construct(REALobjectStruct* block, int64_t bytes) {
+  constructed_size = bytes;
+  lender->heap().Find<host::MemoryBlock>(block)->Resize(8);
+}
 static void* LoadMethod(REALobjectStruct*, const char* declaration) {
-  void (*construct)(REALobjectStruct*, int64_t) = [](REALobjectStruct*, int64_t bytes) { constructed_size = bytes; };
   const bool known = std::strcmp(declaration, "Constructor(bytes as Integer)") == 0;
-  return known ? reinterpret_cast<void*>(construct) : nullptr;
+  return known ? reinterpret_cast<void*>(Construct) : nullptr;
 }
 
 class ValueHost : public LendingHost {
