@@ -85,7 +85,7 @@ void WritePlot(const std::string& path, const std::vector<Growth>& curves) {
       svg << "<circle cx='" << x.At(size) << "' cy='" << y.At(seconds) << "' r='3.5' fill='" << colour << "'/>\n";
     }
     svg << "<g fill='" << colour << "'>"
-        << Text(x.At(curves[i].points.back().first) + 10, label_heights[i] + 4, curves[i].name, "start") << "</g>\n";
+        << Text(x.At(curves[i].points.back().first) - 10, label_heights[i] + 2, curves[i].name, "end") << "</g>\n";
   }
   svg << "</svg>\n";
 }
