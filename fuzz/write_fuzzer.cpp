@@ -79,8 +79,9 @@ class TreeMaker {
     GifPicture* picture = NewRecord<GifPicture>();
     picture->left = Field(0, 65535);
     picture->top = Field(0, 65535);
-    picture->width = input_.Below(40) - (Unsound() ? 2 : 0);
-    picture->height = input_.Below(40) - (Unsound() ? 2 : 0);
+    const int32_t scale = input_.Below(16) == 15 ? 6 : 1;  // now and then large enough to use up all codes
+    picture->width = input_.Below(40) * scale - (Unsound() ? 2 : 0);
+    picture->height = input_.Below(40) * scale - (Unsound() ? 2 : 0);
     picture->has_cmap = Field(0, 1);
     picture->interlace = Field(0, 1);
     picture->sorted = Field(0, 1);

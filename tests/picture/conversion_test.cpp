@@ -43,10 +43,17 @@ HostBoolean DescribeSpoiled(REALpictureStruct* picture, REALpictureDescription* 
 CGContext& Context(REALpictureDescription& d) { return *static_cast<CGContextRef>(d.platform_object); }
 gdImage& Image(REALpictureDescription& d) { return *static_cast<gdImage*>(d.platform_object); }
 
+host::HostOptions OptionsFor(PictureKind kind) {
+  host::HostOptions options;
+  options.without = {"DrawPicture"};
+  options.pictures = kind;
+  options.alpha_info = kCGImageAlphaNoneSkipFirst;
+  return options;
+}
+
 class PictureHost : public LendingHost {
  public:
-  explicit PictureHost(PictureKind kind = PictureKind::kConsole)
-      : LendingHost({.without = {"DrawPicture"}, .pictures = kind, .alpha_info = kCGImageAlphaNoneSkipFirst}) {
+  explicit PictureHost(PictureKind kind = PictureKind::kConsole) : LendingHost(OptionsFor(kind)) {
     IsDesktop = IsConsole = false;
     spoil = [](auto&) {};
     Lend("REALLockPictureDescription", DescribeSpoiled);
