@@ -43,14 +43,32 @@ bool LoadStatement(lua_State* lua, std::string code) {
   return true;
 }
 
-void PrintResults(lua_State* lua, int first) {
-  for (int i = first; i <= lua_gettop(lua); ++i) {
-    const Ref<Object>* object = TestObject(lua, i);
-    const std::string text = object != nullptr ? (*object)->Describe() : luaL_tolstring(lua, i, nullptr);
-    if (object == nullptr) lua_pop(lua, 1);
-    std::printf("%s%s", i == first ? "" : "\t", text.c_str());
+std::string Describe(lua_State* lua, int index) {
+  if (const Ref<Object>* object = TestObject(lua, index)) return (*object)->Describe();
+  std::string text = luaL_tolstring(lua, index, nullptr);
+  lua_pop(lua, 1);
+  return text;
+}
+
+// A table shows what it holds, one level deep, unless it says itself what it is, as exceptions do.
+std::string DescribeResult(lua_State* lua, int index) {
+  if (!lua_istable(lua, index) || lua_getmetatable(lua, index) != 0) return Describe(lua, index);
+  std::string text;
+  for (lua_pushnil(lua); lua_next(lua, index) != 0; lua_pop(lua, 1)) {
+    const int value = lua_gettop(lua);
+    text += text.empty() ? "{ " : ", ";
+    if (lua_type(lua, value - 1) == LUA_TSTRING) text += Describe(lua, value - 1) + " = ";
+    text += Describe(lua, value);
   }
-  if (lua_gettop(lua) >= first) std::printf("\n");
+  return text.empty() ? "{}" : text + " }";
+}
+
+void PrintResults(lua_State* lua, int first) {
+  const int last = lua_gettop(lua);
+  for (int i = first; i <= last; ++i) {
+    std::printf("%s%s", i == first ? "" : "\t", DescribeResult(lua, i).c_str());
+  }
+  if (last >= first) std::printf("\n");
 }
 
 }  // namespace
