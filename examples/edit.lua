@@ -98,7 +98,7 @@ end
 
 local function summary(gif)
   local frames, others = controls.take_apart(list_of(gif))
-  local delay_cs, pixels, data, loops = 0, 0, {}, "none"
+  local delay_cs, pixels, data, loops = 0, 0, {}, nil
   for i, frame in ipairs(frames) do
     delay_cs = delay_cs + frame.control.delay_cs
     pixels = pixels + frame.image.Width * frame.image.Height
@@ -108,7 +108,8 @@ local function summary(gif)
     loops = block.Extension and extensions.read(block.Extension).loops or loops
   end
   local palette = gif.Screen.HasPalette and gif.Screen.Palette
-  return { frames = #frames, others = #others, seconds = delay_cs / 100, pixels = pixels, data = data, loops = loops, palette = palette }
+  return { frames = #frames, others = #others, seconds = delay_cs / 100, pixels = text.grouped(pixels), data = data,
+    loops = loops and extensions.loops_text(loops) or "plays once", palette = palette }
 end
 
 local function print_change(what, form, before, after)
@@ -118,9 +119,9 @@ end
 local function print_changes(before, after)
   print_change("frames", "%d", before.frames, after.frames)
   print_change("playing time", "%.2f s", before.seconds, after.seconds)
-  print_change("pixels stored", "%d", before.pixels, after.pixels)
+  print_change("pixels stored", "%s", before.pixels, after.pixels)
   print_change("other blocks", "%d", before.others, after.others)
-  print_change("loops", "%s", before.loops, after.loops)
+  print_change("repetition", "%s", before.loops, after.loops)
   for i = 0, before.palette and math.min(before.palette.Count, 4) - 1 or -1 do
     print_change("colour " .. i, "#%06X", before.palette:Value(i), after.palette:Value(i))
   end

@@ -60,7 +60,7 @@ end
 
 -- --- Describing ------------------------------------------------------------------------------------------------------
 
-local function loops_text(loops) return loops == 0 and "loops forever" or "loops " .. text.count(loops, "time") end
+local function loops_text(loops) return loops == 0 and "loops forever" or "repeats " .. text.count(loops, "time") end
 extensions.loops_text = loops_text
 
 -- What a graphic control, or a frame that it is about, says; with commas or what is given in place of them.

@@ -75,7 +75,7 @@ examples.with_folder(function(folder)
     [kOdd] = {
       "version | GIF89a", "logical screen | 1 x 1 pixels, 1 bit per primary colour, background 0", "global table | none",
       '0 | application | "NETSCAPE2.0", loops forever, 14 bytes in 2 sub-blocks',
-      '1 | application | "NETSCAPE2.0", loops 3 times, 14 bytes in 2 sub-blocks',
+      '1 | application | "NETSCAPE2.0", repeats 3 times, 14 bytes in 2 sub-blocks',
       '2 | application | "NETSCAPE2.0", 12 bytes in 2 sub-blocks',
       "3 | application | damaged, 5 bytes in 1 sub-block", "4 | application | damaged, 0 bytes in 0 sub-blocks",
       "5 | graphic control | delay 655.35 s, disposal 7 (unknown), transparent 7, waits for input",
@@ -86,7 +86,7 @@ examples.with_folder(function(folder)
       '10 | plain text | "Hi", 3 x 4 at (1, 2), cells 5 x 6, colours 7 on 8, 14 bytes in 2 sub-blocks',
       "11 | plain text | damaged, 2 bytes in 1 sub-block",
       "12 | extension 0x99 | 1 byte in 1 sub-block",
-      "sum | 0 images, 13 extensions, 0 pixels, 655.35 s, loops 3 times",
+      "sum | 0 images, 13 extensions, 0 pixels, 655.35 s, repeats 3 times",
     },
   } do
     local lines = tree_of(folder, bytes)
@@ -130,9 +130,10 @@ examples.with_folder(function(folder)
   local function lines_of(path) return (select(2, run("tree", path)):gsub("[^\n]*\n", "", 2):gsub("  +", " ")) end
   t.expect("build", run("build", "--loop=2", "--delay", "0.05", a, a, b, b, a, made), 0)
   assert(lines_of(made):find("table 2 colours.*0.10 s.* 4 x 3 at %(0, 0%).*0.10 s.* 2 x 2 at %(1, 1%).*0.05 s.* 2 x 2 .*" ..
-    "3 images, 4 extensions, 20 pixels, 0.25 s, loops 2 times"), lines_of(made))
+    "3 images, 4 extensions, 20 pixels, 0.25 s, repeats 2 times"), lines_of(made))
   for _, row in ipairs {
-    { "--delay=x3", "0.75 s, loops 2" }, { "--delay=1", "3.00 s" }, { "--loop=7", "loops 7 times" }, { "--comment=hi", '7 comment "hi"' },
+    { "--delay=x3", "0.75 s, repeats 2" }, { "--delay=1", "3.00 s" }, { "--loop=7", "repeats 7 times" },
+    { "--comment=hi", '7 comment "hi"' },
     { "--blocks=3-4", "0 graphic.*1 image 2 x 2.* 1 image, 1 ext" }, { "--reverse", "6 image 4 x 3.*3 images.*36 pixels" },
   } do
     t.expect(row[1], run("edit", row[1], made, edited), 0)
