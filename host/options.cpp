@@ -15,7 +15,8 @@ const char kHelpText[] =
 Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a prompt, or the script on standard input.
 
   list [--json]            the classes that the plugin registered (a script named "list" is run as ./list)
-  describe [--json] [CLASS]   the members of all of them, or of one class
+  describe [--json] [CLASS]
+                           the members of all of them, or of one class
   annotations              the classes as a Lua annotation file, for editors
   validate [--only NAME]... [--seed N] [--sample FILE]... [--list]
                            the suite that a plugin must pass, each case in a process of its own; samples are
