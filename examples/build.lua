@@ -43,4 +43,10 @@ for _, frame in ipairs(animation.frames) do
 end
 
 if not FolderItem(output):SaveAsGIFZKV(gif) then command.fail(output .. ": cannot be written") end
+-- A full disk shows only now: the last image is not all there.
+local written, last = FolderItem(output):OpenAsGIFZKV(), gif.Count - 1
+if not written or written.Count <= last or
+    tostring(written:Block(last).Picture.Data) ~= tostring(gif:Block(last).Picture.Data) then
+  command.fail(output .. ": is not what was written; is the disk full?")
+end
 print(("%s: %s of %d x %d pixels"):format(output, text.count(#animation.frames, "frame"), animation.width, animation.height))

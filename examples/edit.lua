@@ -140,7 +140,11 @@ for _, block in ipairs(blocks) do
 end
 if not FolderItem(output):SaveAsGIFZKV(result) then command.fail(output .. ": cannot be written") end
 
-local made, after = summary(result), summary(FolderItem(output):OpenAsGIFZKV())
+local written = FolderItem(output):OpenAsGIFZKV()
+if not written or written.Count < result.Count then -- a full disk shows only now
+  command.fail(output .. ": is not what was written; is the disk full?")
+end
+local made, after = summary(result), summary(written)
 print(("%s -> %s"):format(input, output))
 print_changes(summary(opened), after)
 local same = 0

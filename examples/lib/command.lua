@@ -83,6 +83,12 @@ local function check_count(wanted, count)
   if count < names - optional or count > names and not many then reject("expected " .. wanted.operands) end
 end
 
+-- A picture or a page written over the GIF that it shows is a slip.
+local function check_output(wanted, operands)
+  local kind = wanted.operands:match("^IN%.gif OUT%.(%a+)$")
+  if kind and kind ~= "gif" and operands[1] == operands[2] then reject("OUT." .. kind .. " would replace " .. operands[1]) end
+end
+
 -- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE...", "[FILE...] OUT"); options,
 -- rows of a name, what it does and the kind of its value ("--json", or "--jobs N" with command.whole(1)); more, what
 -- the help says after them.
@@ -106,6 +112,7 @@ function command.parse(wanted)
     end
   end
   check_count(wanted, #operands)
+  check_output(wanted, operands)
   return options, operands
 end
 

@@ -55,7 +55,7 @@ for _, line in ipairs {
 
 for command, status in pairs {
   ["list GIFZKV"] = 2, ["describe Nothing"] = 1, ["validate --only nothing"] = 2, ["validate --seed x"] = 2,
-  ["./list"] = 1, ["-e 'assert(arg[1] == [[list]])' list"] = 0, ["--plugin /none validate"] = 1,
+  ["./list"] = 1, ["-e 'assert(arg[1] == [[list]])' list"] = 0, ["--plugin /none validate"] = 1, ["-e 'print(1)' >/dev/full"] = 1,
 } do t.expect(command, select(2, run(command)), status) end
 
 -- Mistakes and exceptions, as scripts meet them
