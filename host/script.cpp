@@ -77,7 +77,10 @@ bool Script::Run(int load_status) {
 }
 
 int FinalStatus(const Host& host, int status) {
-  std::fflush(stdout);
+  if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && status == EXIT_SUCCESS) {
+    std::fprintf(stderr, "gifhost: standard output cannot be written\n");
+    status = EXIT_FAILURE;
+  }
   return host.ReportLeaks() ? status : kExitLeak;
 }
 
