@@ -7,7 +7,7 @@
 
 namespace {
 
-constexpr double kWidth = 720, kHeight = 420, kLeft = 70, kRight = 180, kTop = 30, kBottom = 50;
+constexpr double kWidth = 570, kHeight = 420, kLeft = 70, kRight = 30, kTop = 30, kBottom = 50;
 
 struct Axis {
   double low, high;  // decades
