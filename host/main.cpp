@@ -39,7 +39,7 @@ bool RunScript(host::Host& host, const host::ProgramOptions& options) {
 
 int Run(const host::ProgramOptions& options) {
   if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
-    return command(options);
+    return host::OutputStatus(command(options));
   }
   host::Host host(options.host);
   host.LoadPlugin(host::PluginFile(options));

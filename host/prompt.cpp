@@ -63,12 +63,12 @@ std::string DescribeResult(lua_State* lua, int index) {
   return text.empty() ? "{}" : text + " }";
 }
 
-void PrintResults(lua_State* lua, int first) {
+// A function of Lua's, since values may say in a script's words what they are.
+int PrintResults(lua_State* lua) {
   const int last = lua_gettop(lua);
-  for (int i = first; i <= last; ++i) {
-    std::printf("%s%s", i == first ? "" : "\t", DescribeResult(lua, i).c_str());
-  }
-  if (last >= first) std::printf("\n");
+  for (int i = 1; i <= last; ++i) std::printf("%s%s", i == 1 ? "" : "\t", DescribeResult(lua, i).c_str());
+  if (last > 0) std::printf("\n");
+  return 0;
 }
 
 }  // namespace
@@ -79,11 +79,13 @@ void RunPrompt(Script& script) {
   while (const std::optional<std::string> line = ReadLine("> ")) {
     lua_settop(lua, 0);
     lua_pushcfunction(lua, AddTraceback);
-    if (LoadStatement(lua, *line) && lua_pcall(lua, 0, LUA_MULTRET, 1) == LUA_OK) {
-      PrintResults(lua, 2);
-    } else {
-      std::fprintf(stderr, "%s\n", luaL_tolstring(lua, -1, nullptr));
+    bool succeeded = LoadStatement(lua, *line) && lua_pcall(lua, 0, LUA_MULTRET, 1) == LUA_OK;
+    if (succeeded) {
+      lua_pushcfunction(lua, PrintResults);
+      lua_insert(lua, 2);
+      succeeded = lua_pcall(lua, lua_gettop(lua) - 2, 0, 1) == LUA_OK;
     }
+    if (!succeeded) std::fprintf(stderr, "%s\n", luaL_tolstring(lua, -1, nullptr));
   }
   std::printf("\n");
   lua_settop(lua, 0);

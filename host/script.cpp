@@ -76,12 +76,16 @@ bool Script::Run(int load_status) {
   return status == LUA_OK;
 }
 
+int OutputStatus(int status) {
+  const bool lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
+  if (!lost || status != EXIT_SUCCESS) return status;
+  std::fprintf(stderr, "gifhost: standard output cannot be written\n");
+  return EXIT_FAILURE;
+}
+
 int FinalStatus(const Host& host, int status) {
-  if ((std::fflush(stdout) != 0 || std::ferror(stdout) != 0) && status == EXIT_SUCCESS) {
-    std::fprintf(stderr, "gifhost: standard output cannot be written\n");
-    status = EXIT_FAILURE;
-  }
-  return host.ReportLeaks() ? status : kExitLeak;
+  const int checked = OutputStatus(status);
+  return host.ReportLeaks() ? checked : kExitLeak;
 }
 
 }  // namespace host

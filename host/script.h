@@ -33,8 +33,11 @@ class Script {
   std::string error_;
 };
 
-// The program's exit status once scripts are done: `status`; EXIT_FAILURE in place of success when standard output
-// was lost; kExitLeak, with a list on stderr, when something is still alive.
+// `status`, or EXIT_FAILURE in place of success when standard output was lost, which it says on stderr.
+int OutputStatus(int status);
+
+// The program's exit status once scripts are done: that, or kExitLeak, with a list on stderr, when something is still
+// alive.
 int FinalStatus(const Host& host, int status);
 
 }  // namespace host
