@@ -22,7 +22,7 @@ void Require(bool holds, const char* what) {
 void Append(Bytes* flat, const void* bytes, size_t length) {
   const size_t before = flat->size();
   flat->resize(before + length);
-  if (length > 0) std::memcpy(flat->data() + before, bytes, length);
+  if (bytes) std::memcpy(flat->data() + before, bytes, length);
 }
 
 void Put(Bytes* flat, int64_t value) { Append(flat, &value, sizeof value); }

@@ -73,7 +73,7 @@ TEST(Registration, AssignableMethodsBecomeTwoInModulesOfExtensions) {
   Lend("PluginRegisterModule", GetModule);
   gpartname = "GIF";
   rbversion_rbversion = 2013.0;
-  const auto handler = [](uintptr_t address) { return reinterpret_cast<REALproc>(address); };
+  const auto handler = [](uintptr_t address) { return reinterpret_cast<REALproc>(address); };  // NOLINT(*int-to-ptr)
   REALmethodDefinition methods[] = {{handler(1), handler(2), "Title as string", 4, 0, 0},
                                     {handler(3), nullptr, "Save(a as X) as boolean", 4, 0, 0},
                                     {nullptr, nullptr, "Nothing", 4, 0, 0}};

@@ -44,7 +44,7 @@ extern "C" __attribute__((visibility("default"))) int FailAllocationByScript(lua
 
 __attribute__((constructor)) static void FailFromTheStart() {
   const char* n = std::getenv("FAIL_ALLOCATION");
-  FailAllocation(n ? std::atoll(n) : 0);
+  FailAllocation(n ? std::strtoll(n, nullptr, 10) : 0);
 }
 
 // The plugin is linked so that every allocation of its objects comes by here: the names that the linker's --wrap
