@@ -3,7 +3,7 @@
 // GifBlockZKV: one block of a document, an image or an extension. Scripts may store both; nothing checks that what
 // is stored matches the introducer.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace block {
 

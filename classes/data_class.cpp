@@ -1,7 +1,7 @@
 #include "classes/data_class.h"
 
+#include "bridge/host_values.h"
 #include "classes/property.h"
-#include "plugin/host_values.h"
 
 namespace data {
 

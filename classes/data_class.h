@@ -3,7 +3,7 @@
 // GifDataZKV: one data sub-block. A free-standing one keeps its bytes as a host string of any length: host strings
 // never change, so copies share it.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace data {
 

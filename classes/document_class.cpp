@@ -2,10 +2,10 @@
 
 #include <cstring>
 
+#include "bridge/host_values.h"
 #include "classes/block_class.h"
 #include "classes/property.h"
 #include "classes/screen_class.h"
-#include "plugin/host_values.h"
 
 namespace document {
 

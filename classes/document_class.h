@@ -2,7 +2,7 @@
 
 // GIFZKV: a whole document. An opened one owns the records that every view taken from it looks at.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace document {
 

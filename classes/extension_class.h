@@ -2,7 +2,7 @@
 
 // GifExtensionZKV: one extension, its label and its data sub-blocks (GIF89a, sections 23 to 26).
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace extension {
 

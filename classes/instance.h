@@ -14,9 +14,9 @@
 
 #include <cstdint>
 
+#include "bridge/host_reference.h"
 #include "classes/object_list.h"
 #include "codec/document.h"
-#include "plugin/host_reference.h"
 
 using HostInteger = int64_t;
 

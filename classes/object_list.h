@@ -6,7 +6,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "plugin/host_reference.h"
+#include "bridge/host_reference.h"
 
 struct RBVariantS {
   ObjectRef object;

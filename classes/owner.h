@@ -2,7 +2,7 @@
 
 // Letting go of the document that a view looks into.
 
-#include "plugin/host_reference.h"
+#include "bridge/host_reference.h"
 
 // Gives up the view's reference on its document and clears the field; null is accepted.
 //

@@ -3,7 +3,7 @@
 // GifPaletteZKV: a colour table (GIF89a, sections 19 and 21). A free-standing one always has room for 256 entries;
 // its count says how many of them are the table. Colours are 0x00RRGGBB.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace palette {
 

@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "bridge/host_values.h"
 #include "classes/palette_class.h"
 #include "classes/property.h"
-#include "plugin/host_values.h"
 
 namespace picture {
 

@@ -5,9 +5,9 @@
 //
 // Pixels are MemoryBlocks: rows of `width` bytes, top row first, back to back, one colour index each. Nothing checks
 // that a stored block is that large; a shorter one reads as if zeros followed it. The handlers that make pictures
-// of the host are in picture/picture_methods.h.
+// of the host are in entry/picture_methods.h.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace picture {
 

@@ -9,9 +9,9 @@
 // Getters prefer the record of an attached instance; setters write the instance's own field whatever the mode.
 // Object results carry one reference for the script.
 
+#include "bridge/exceptions.h"
 #include "classes/instance.h"
 #include "classes/owner.h"
-#include "plugin/exceptions.h"
 
 template <typename Class, typename Value>
 Class ClassOfMemberPointer(Value Class::*);  // a type in disguise, never defined

@@ -3,7 +3,7 @@
 // GifScreenZKV: the logical screen and the global colour table (GIF89a, sections 18 and 19). Numbers are stored
 // whole; what they mean stands at the fields of GifScreen in codec/document.h.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace screen {
 

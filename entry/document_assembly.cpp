@@ -4,9 +4,9 @@
 #include <cstring>
 #include <limits>
 
+#include "bridge/host_values.h"
 #include "codec/building.h"
 #include "entry/holders.h"
-#include "plugin/host_values.h"
 
 namespace {
 

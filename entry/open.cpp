@@ -4,11 +4,11 @@
 #include <memory>
 #include <new>
 
+#include "bridge/host_values.h"
 #include "classes/instance.h"
-#include "codec/folder_item.h"
 #include "codec/reader.h"
+#include "entry/folder_item.h"
 #include "entry/holders.h"
-#include "plugin/host_values.h"
 
 namespace {
 

@@ -2,8 +2,8 @@
 
 // Opening documents from files and strings. Every failure gives null; no exception is raised.
 
+#include "bridge/host_records.h"
 #include "codec/document.h"
-#include "plugin/host_records.h"
 
 // A new GIFZKV instance that owns the document read; null when the bytes do not begin with "GIF", the item
 // names no readable file, or memory or the instance is not to be had.

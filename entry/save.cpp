@@ -1,9 +1,9 @@
 #include "entry/save.h"
 
 #include "classes/instance.h"
-#include "codec/folder_item.h"
 #include "codec/writer.h"
 #include "entry/document_assembly.h"
+#include "entry/folder_item.h"
 #include "entry/holders.h"
 
 namespace {

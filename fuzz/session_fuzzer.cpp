@@ -11,10 +11,10 @@
 
 #include "fuzz/flat_document.h"
 #include "fuzz/input.h"
-#include "host/dispatch.h"
-#include "host/folder_item.h"
-#include "host/host.h"
-#include "host/memory_block.h"
+#include "host/host/dispatch.h"
+#include "host/host/folder_item.h"
+#include "host/host/host.h"
+#include "host/host/memory_block.h"
 
 namespace {
 

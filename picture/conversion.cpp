@@ -4,10 +4,10 @@
 
 #include <algorithm>
 
+#include "bridge/host_reference.h"
 #include "picture/locked_description.h"
 #include "picture/picture_editor.h"
 #include "picture/row_renderer.h"
-#include "plugin/host_reference.h"
 
 long long LastWidth = 0;
 long long LastHeight = 0;

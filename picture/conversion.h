@@ -2,8 +2,8 @@
 
 // One image of a document as host pictures: its colours, and a mask of its transparent pixels.
 
+#include "bridge/host_records.h"
 #include "codec/document.h"
-#include "plugin/host_records.h"
 
 // The size of the image that `MakePictureFromGifPicture` last accepted, in pixels; 0 before.
 extern long long LastWidth;

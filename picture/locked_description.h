@@ -2,7 +2,7 @@
 
 // A picture's description, locked for as long as this lives.
 
-#include "plugin/host_functions.h"
+#include "bridge/host_functions.h"
 
 class LockedDescription {
  public:

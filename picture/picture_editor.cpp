@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "bridge/host_reference.h"
 #include "picture/row_renderer.h"
 #include "platform/core_graphics.h"
-#include "plugin/host_reference.h"
 
 bool IsDesktop = false;
 bool IsConsole = false;

@@ -16,7 +16,7 @@
 
 #include <cstdint>
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 class RowRenderer;
 

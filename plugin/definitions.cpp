@@ -11,8 +11,8 @@
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
 #include "entry/open.h"
+#include "entry/picture_methods.h"
 #include "entry/save.h"
-#include "picture/picture_methods.h"
 
 // --- Rows
 // ------------------------------------------------------------------------------------------------------

@@ -4,7 +4,7 @@
 // They are handed to the host, which writes each class's instance offset into them, so they stay in place for
 // the life of the process.
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 extern REALclassDefinition folderitem2Class3;  // extends the host's class "Folderitem"
 

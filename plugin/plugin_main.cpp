@@ -1,8 +1,8 @@
 // The plugin's one exported function.
 
+#include "bridge/host_functions.h"
 #include "classes/instance.h"
 #include "plugin/definitions.h"
-#include "plugin/host_functions.h"
 #include "plugin/registration.h"
 
 static void AskHostVersion() {

@@ -5,7 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "plugin/host_functions.h"
+#include "bridge/host_functions.h"
 
 uint32_t CurrentREALControlVersion = 13;
 const char* gpartname = nullptr;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 // The class-definition version that the records handed to the host follow, 9 to 13; set by `REALPluginMain`.
 extern uint32_t CurrentREALControlVersion;

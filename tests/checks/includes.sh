@@ -6,20 +6,18 @@ cd "$1"
 # file pattern: folders it may include, besides its own
 rules=(
   'platform/*: '
-  'codec/folder_item.*: plugin platform'
-  'codec/*: '
-  'plugin/definitions.cpp: classes entry picture'
-  'plugin/plugin_main.cpp: classes'
-  'plugin/*: platform'
-  'classes/*: codec plugin'
-  'picture/*: codec plugin platform classes entry'
-  'entry/*: codec plugin classes'
-  'host/*: platform plugin/host_records.h'
+  'codec/*: platform'
+  'bridge/*: platform'
+  'classes/*: codec bridge'
+  'picture/*: codec bridge platform'
+  'entry/*: classes picture codec bridge platform'
+  'plugin/*: entry classes picture codec bridge platform'
+  'host/*: platform bridge/host_records.h'
 )
 
 faults=0
 checked=0
-for file in {platform,codec,plugin,classes,picture,entry,host}/*.{h,cpp}; do
+for file in {platform,codec,bridge,classes,picture,entry,plugin}/*.{h,cpp} host/*/*.{h,cpp}; do
   for rule in "${rules[@]}"; do
     # shellcheck disable=SC2053
     [[ $file == ${rule%%:*} ]] && break

@@ -9,11 +9,11 @@
 #include <random>
 #include <vector>
 
+#include "bridge/host_reference.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
-#include "host/picture.h"
+#include "host/host/picture.h"
 #include "picture/conversion.h"
-#include "plugin/host_reference.h"
 #include "tests/support/lending.h"
 
 namespace {

@@ -8,11 +8,11 @@
 #include <functional>
 #include <vector>
 
-#include "host/picture.h"
-#include "host/resolver.h"
+#include "bridge/host_reference.h"
+#include "host/host/picture.h"
+#include "host/host/resolver.h"
 #include "picture/picture_editor.h"
 #include "platform/core_graphics.h"
-#include "plugin/host_reference.h"
 #include "tests/support/lending.h"
 
 namespace {

@@ -79,7 +79,7 @@ t.expect("bytes of an empty document", #t.saved(GIFZKV()), 14)
 -- --- docs/host-interface.md -----------------------------------------------------------------------------------------
 
 local page, functions = read("host-interface.md"), 2 -- the two of the start are not kept in the table
-for rule, form, name in read("../plugin/host_functions.h"):gmatch('\ninline HostFunction(%a*)<([^\n]-)>%s+%w+%s*{"(%w+)"};') do
+for rule, form, name in read("../bridge/host_functions.h"):gmatch('\ninline HostFunction(%a*)<([^\n]-)>%s+%w+%s*{"(%w+)"};') do
   local row = page:match(("\n| `%s` | `%s` | ([^\n]*)"):format(name, form:gsub("%p", "%%%0")))
   assert(row, name .. ": no row of that form")
   t.expect(name .. " is asked for again", row:find("*Again.*", 1, true) ~= nil, rule == "UntilFound")
@@ -87,5 +87,5 @@ for rule, form, name in read("../plugin/host_functions.h"):gmatch('\ninline Host
 end
 t.expect("host functions", select(2, page:gsub("\n| `%w+` | `[^\n]*`", "")), functions)
 for record, size in page:gmatch("\n| `(%w+)` +| (%d+)") do
-  assert(read("../plugin/host_records.h"):find(("sizeof(%s) == %s"):format(record, size), 1, true), record)
+  assert(read("../bridge/host_records.h"):find(("sizeof(%s) == %s"):format(record, size), 1, true), record)
 end

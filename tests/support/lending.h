@@ -9,8 +9,8 @@
 #include <map>
 #include <string>
 
-#include "host/host.h"
-#include "plugin/host_functions.h"
+#include "bridge/host_functions.h"
+#include "host/host/host.h"
 
 inline std::map<std::string, void*> lent;
 inline std::map<std::string, std::atomic<int>> asked;

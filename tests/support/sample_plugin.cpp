@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "plugin/host_records.h"
+#include "bridge/host_records.h"
 
 namespace {
 

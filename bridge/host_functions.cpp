@@ -1,0 +1,4 @@
+#include "bridge/host_functions.h"
+
+REALresolver gResolver = nullptr;
+double rbversion_rbversion = 0.0;

@@ -1,0 +1,57 @@
+// The host function that turns a FolderItem into a file-system reference.
+
+#include <cstring>
+#include <filesystem>
+#include <system_error>
+
+#include "host/core/encoding.h"
+#include "host/host/folder_item.h"
+#include "host/host/host_call.h"
+#include "host/host/native.h"
+#include "host/host/resolver.h"
+
+namespace host {
+namespace {
+
+bool WritePath(const std::string& path, FSRef& reference) {
+  if (path.size() >= sizeof(reference.path)) return false;
+  std::memcpy(reference.path, path.c_str(), path.size() + 1);
+  return true;
+}
+
+bool WriteName(const std::string& name, HFSUniStr255& buffer) {
+  if (name.empty() || !IsUtf8(name)) return false;
+  const std::string units = ConvertEncoding(name, kEncodingUtf8, kEncodingUtf16);
+  if (units.size() > sizeof(buffer.unicode)) return false;
+  buffer.length = static_cast<uint16_t>(units.size() / sizeof(uint16_t));
+  std::memcpy(buffer.unicode, units.data(), units.size());
+  return true;
+}
+
+// With a name buffer: the parent folder, which must exist, and the leaf name. Without: the item, which must
+// exist.
+bool Describe(const FolderItem& item, FSRef& reference, HFSUniStr255* name) {
+  if (name == nullptr) return item.Exists() && WritePath(item.path(), reference);
+  std::error_code error;
+  return std::filesystem::is_directory(item.parent_path(), error) && WriteName(item.name(), *name) &&
+         WritePath(item.parent_path(), reference);
+}
+
+int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFSUniStr255* name) {
+  HostCall call("REALFSRefFromFolderItem", item, reference, name);
+  const FolderItem* found = Find<FolderItem>(item);
+  const bool described =
+      !call.fails() && found != nullptr && reference != nullptr && Describe(*found, *reference, name);
+  return call.Result<int8_t>(described);
+}
+
+}  // namespace
+
+std::span<const HostFunction> FileFunctions() {
+  static const HostFunction functions[] = {
+      {"REALFSRefFromFolderItem", Proc(REALFSRefFromFolderItem)},
+  };
+  return functions;
+}
+
+}  // namespace host

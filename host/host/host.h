@@ -1,0 +1,123 @@
+#pragma once
+
+// A script host: loads one plugin, takes what it registers, and calls it. There is at most one host at a time
+// in a process, because host functions have no way to tell hosts apart.
+
+#include <map>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/core/heap.h"
+#include "host/host/class.h"
+#include "host/host/object.h"
+#include "host/host/options.h"
+#include "host/host/string.h"
+#include "host/host/value.h"
+
+namespace host {
+
+// A use of a class or a member that its declaration does not allow; the text is meant for the script's
+// author.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// A host exception that a handler raised, on its way to the script.
+class RaisedException : public std::runtime_error {
+ public:
+  RaisedException(std::string raised_class, std::string raised_message, int64_t raised_number)
+      : std::runtime_error(raised_class + ": " + raised_message),
+        class_name(std::move(raised_class)),
+        message(std::move(raised_message)),
+        number(raised_number) {}
+
+  std::string class_name;
+  std::string message;
+  int64_t number;
+};
+
+struct Module {
+  std::string name;
+  uint32_t version;
+  std::vector<std::string> declarations;  // as registered
+};
+
+class Host {
+ public:
+  explicit Host(HostOptions options = {});
+  ~Host();
+  Host(const Host&) = delete;
+  Host& operator=(const Host&) = delete;
+  static Host& Current();
+
+  // Loads the shared library and lets it register. Throws std::runtime_error when that is not possible or
+  // when what it registers cannot be understood, std::invalid_argument when there is nothing that an option could
+  // hide from it.
+  void LoadPlugin(const std::string& path);
+  // The same for a plugin that is linked in.
+  void StartPlugin(void (*plugin_main)(REALresolver));
+
+  // What scripts do. Names in any letter case. Each throws UsageError and RaisedException.
+  Ref<Object> New(std::string_view class_name, std::vector<Value> arguments = {});
+  Value Get(const Ref<Object>& object, std::string_view property);
+  void Set(const Ref<Object>& object, std::string_view property, const Value& value);
+  Value Call(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments = {});
+  // `object.method(arguments) = value`
+  void Assign(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments, const Value& value);
+  Value CallGlobal(std::string_view method, std::vector<Value> arguments = {});
+  Ref<String> NewString(std::string_view bytes);  // UTF-8 where the bytes are that, else of unknown encoding
+
+  // The function of that name for the plugin, or null.
+  void* Resolve(const char* name);
+  bool IsWithheld(std::string_view name) const;  // from the plugin, by an option
+
+  // Exceptions. A raised one stays pending until the handler that runs has returned.
+  void Raise(Ref<Object> exception) { pending_ = std::move(exception); }
+  void Raise(std::string_view class_name, std::string_view message);
+  Ref<Object> TakePending() { return std::move(pending_); }
+
+  Class& AddClass(std::string_view name, Class::Maker maker);
+  Class* FindClass(std::string_view name);
+  const Class& RequireClass(std::string_view name);  // throws UsageError
+  const NameMap<std::unique_ptr<Class>>& classes() const { return classes_; }
+  MemberTable& globals() { return globals_; }
+  const MemberTable& globals() const { return globals_; }
+  std::vector<Module>& modules() { return modules_; }
+  size_t NextClassNumber() { return class_count_++; }
+
+  struct CallCount {
+    int64_t resolved = 0;
+    int64_t called = 0;
+    int64_t failing_call = 0;  // the call, counted from 1, that finds nothing and makes nothing; 0: none
+  };
+  CallCount& call_count(std::string_view function);
+
+  Heap& heap() { return heap_; }
+  const HostOptions& options() const { return options_; }
+  int32_t plugin_version() const { return plugin_version_; }  // as the plugin told; 0: not told
+  void set_plugin_version(int32_t version) { plugin_version_ = version; }
+
+  // Lists on stderr everything that is still alive; false when that is nothing.
+  bool ReportLeaks() const;
+
+ private:
+  void CheckWithheld() const;
+  void CheckTypes() const;
+
+  HostOptions options_;
+  NameMap<std::unique_ptr<Class>> classes_;
+  MemberTable globals_;
+  std::vector<Module> modules_;
+  std::map<std::string, CallCount, std::less<>> call_counts_;
+  size_t class_count_ = 0;
+  int32_t plugin_version_ = 0;
+  void* library_ = nullptr;
+  Heap heap_;  // behind the classes, whose names it uses to its end
+  Ref<Object> pending_;
+};
+
+}  // namespace host

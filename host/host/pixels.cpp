@@ -1,0 +1,123 @@
+#include "host/host/pixels.h"
+
+#include <gd.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <vector>
+
+#include "bridge/host_records.h"
+#include "platform/core_graphics.h"
+
+namespace host {
+namespace {
+
+// libgd's true-colour image: rows of ints, 0xRRGGBB and in the top byte a transparency that is 0 when opaque.
+class GdPixels : public Pixels {
+ public:
+  explicit GdPixels(gdImagePtr image) : image_(image) {}
+  ~GdPixels() override { gdImageDestroy(image_); }
+  GdPixels(const GdPixels&) = delete;
+  GdPixels& operator=(const GdPixels&) = delete;
+
+  void Read(int x, int y, std::span<uint32_t> to) const override {
+    const int* pixel = &image_->tpixels[y][x];
+    for (uint32_t& rgb : to) rgb = static_cast<uint32_t>(*pixel++) & 0xFFFFFF;
+  }
+  void Write(int x, int y, std::span<const uint32_t> from) override {
+    int* pixel = &image_->tpixels[y][x];
+    for (const uint32_t rgb : from) *pixel++ = static_cast<int>(rgb & 0xFFFFFF);
+  }
+  const uint8_t* At(int x, int y) const override { return reinterpret_cast<const uint8_t*>(&image_->tpixels[y][x]); }
+  size_t pixel_size() const override { return sizeof(int); }
+  uint32_t description_kind() const override { return kPictureKindGDImage; }
+  void* platform_object() override { return image_; }
+
+ private:
+  gdImagePtr image_;
+};
+
+// A bitmap context: rows of 3 or 4 bytes for each pixel, with bytes behind each row that stay untouched.
+class BitmapPixels : public Pixels {
+ public:
+  BitmapPixels(const HostOptions& options, int width, int height)
+      : context_{nullptr, static_cast<size_t>(width), static_cast<size_t>(height),
+                 0,       options.bits_per_pixel,     options.alpha_info},
+        padding_(options.row_padding) {
+    context_.bytes_per_row = context_.width * BitmapPixels::pixel_size() + padding_;
+    bytes_.resize(context_.bytes_per_row * context_.height);
+    context_.data = bytes_.data();
+    for (size_t y = 0; y < context_.height; ++y) std::fill_n(PaddingOf(y), padding_, kPaddingByte);
+  }
+
+  void Read(int x, int y, std::span<uint32_t> to) const override {
+    const uint8_t* red = At(x, y) + red_offset();
+    for (uint32_t& rgb : to) {
+      rgb = static_cast<uint32_t>(red[0] << 16 | red[1] << 8 | red[2]);
+      red += BitmapPixels::pixel_size();
+    }
+  }
+
+  void Write(int x, int y, std::span<const uint32_t> from) override {
+    uint8_t* pixel = bytes_.data() + OffsetOf(x, y);
+    std::fill_n(pixel, from.size() * BitmapPixels::pixel_size(), uint8_t{0xFF});
+    uint8_t* red = pixel + red_offset();
+    for (const uint32_t rgb : from) {
+      red[0] = static_cast<uint8_t>(rgb >> 16);
+      red[1] = static_cast<uint8_t>(rgb >> 8);
+      red[2] = static_cast<uint8_t>(rgb);
+      red += BitmapPixels::pixel_size();
+    }
+  }
+
+  const uint8_t* At(int x, int y) const override { return bytes_.data() + OffsetOf(x, y); }
+  size_t pixel_size() const override { return context_.bits_per_pixel / 8; }
+  uint32_t description_kind() const override { return kPictureKindCGBitmapContext; }
+  void* platform_object() override { return &context_; }
+
+  bool IsIntact() const override {
+    for (size_t y = 0; y < context_.height; ++y) {
+      const uint8_t* padding = bytes_.data() + (y + 1) * context_.bytes_per_row - padding_;
+      if (!std::all_of(padding, padding + padding_, [](uint8_t b) { return b == kPaddingByte; })) return false;
+    }
+    return true;
+  }
+
+ private:
+  static constexpr uint8_t kPaddingByte = 0xA5;
+
+  size_t OffsetOf(int x, int y) const {
+    return static_cast<size_t>(y) * context_.bytes_per_row + static_cast<size_t>(x) * pixel_size();
+  }
+  uint8_t* PaddingOf(size_t y) { return bytes_.data() + (y + 1) * context_.bytes_per_row - padding_; }
+
+  size_t red_offset() const {
+    const bool alpha_first = context_.alpha_info == kCGImageAlphaPremultipliedFirst ||
+                             context_.alpha_info == kCGImageAlphaFirst ||
+                             context_.alpha_info == kCGImageAlphaNoneSkipFirst;
+    return context_.bits_per_pixel == 32 && alpha_first ? 1 : 0;
+  }
+
+  CGContext context_;
+  size_t padding_;
+  std::vector<uint8_t> bytes_;
+};
+
+}  // namespace
+
+std::unique_ptr<Pixels> MakePixels(const HostOptions& options, int width, int height) {
+  // Both kinds end where libgd does: an image's bytes are counted in an int.
+  if (width < 1 || height < 1 || width > std::numeric_limits<int>::max() / 4 / height) return nullptr;
+  if (options.pictures == PictureKind::kConsole) {
+    gdImagePtr image = gdImageCreateTrueColor(width, height);
+    return image == nullptr ? nullptr : std::make_unique<GdPixels>(image);
+  }
+  try {
+    return std::make_unique<BitmapPixels>(options, width, height);
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+}  // namespace host

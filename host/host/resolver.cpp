@@ -1,0 +1,21 @@
+#include "host/host/resolver.h"
+
+#include <map>
+#include <string_view>
+
+namespace host {
+
+REALproc FindHostFunction(const char* name) {
+  static const auto functions = [] {
+    std::map<std::string_view, REALproc> by_name;
+    for (const auto& group : {RegistrationFunctions(), ObjectFunctions(), StringFunctions(), MemoryBlockFunctions(),
+                              FileFunctions(), PictureFunctions()}) {
+      for (const HostFunction& function : group) by_name.emplace(function.name, function.function);
+    }
+    return by_name;
+  }();
+  const auto found = functions.find(name);
+  return found == functions.end() ? nullptr : found->second;
+}
+
+}  // namespace host

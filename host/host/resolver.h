@@ -1,0 +1,26 @@
+#pragma once
+
+// The host's functions by name, one table for each group of the catalogue.
+
+#include <span>
+
+#include "bridge/host_records.h"
+
+namespace host {
+
+struct HostFunction {
+  const char* name;
+  REALproc function;
+};
+
+std::span<const HostFunction> RegistrationFunctions();
+std::span<const HostFunction> ObjectFunctions();
+std::span<const HostFunction> StringFunctions();
+std::span<const HostFunction> MemoryBlockFunctions();
+std::span<const HostFunction> FileFunctions();
+std::span<const HostFunction> PictureFunctions();
+
+// Null when there is no function of exactly that name.
+REALproc FindHostFunction(const char* name);
+
+}  // namespace host

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <lua.hpp>
+
+#include <string>
+#include <vector>
+
+#include "host/host/host.h"
+
+namespace host {
+
+// A Lua state whose scripts use the host. Every reference that scripts hold is released when it is destroyed.
+class Script {
+ public:
+  // `arguments` are handed to the scripts as `...` and as the table `arg`, whose element 0 is `name`.
+  Script(Host& host, const std::string& name, std::vector<std::string> arguments);
+  ~Script();
+  Script(const Script&) = delete;
+  Script& operator=(const Script&) = delete;
+
+  // Each runs a script to its end; false, with the message in error(), when it fails.
+  bool RunFile(const std::string& path);  // empty: standard input
+  bool RunCode(const std::string& code, const std::string& chunk_name);
+
+  const std::string& error() const { return error_; }
+  lua_State* lua() { return lua_; }
+
+ private:
+  bool Run(int load_status);
+
+  lua_State* lua_;
+  std::vector<std::string> arguments_;
+  std::string error_;
+};
+
+// `status`, or EXIT_FAILURE in place of success when standard output was lost, which it says on stderr.
+int OutputStatus(int status);
+
+// The program's exit status once scripts are done: that, or kExitLeak, with a list on stderr, when something is still
+// alive.
+int FinalStatus(const Host& host, int status);
+
+}  // namespace host

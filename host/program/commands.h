@@ -1,0 +1,23 @@
+#pragma once
+
+// The program's commands: words that stand where a script's name would.
+
+#include <string>
+
+#include "host/host/options.h"
+
+namespace host {
+
+// Runs with options.arguments and gives the program's exit status. Throws std::invalid_argument for arguments that it
+// does not take.
+using Command = int (*)(const ProgramOptions& options);
+
+// Null when there is no command of that name.
+Command FindCommand(const std::string& name);
+
+int RunList(const ProgramOptions& options);         // list [--json]
+int RunDescribe(const ProgramOptions& options);     // describe [--json] [CLASS]
+int RunAnnotations(const ProgramOptions& options);  // annotations
+int RunValidate(const ProgramOptions& options);     // validate [OPTION...]
+
+}  // namespace host

@@ -1,0 +1,73 @@
+// The program: gifhost [OPTION...] [SCRIPT or COMMAND [ARGUMENT...]]
+
+#include <unistd.h>
+
+#include <cstdio>
+#include <exception>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "host/host/host.h"
+#include "host/host/options.h"
+#include "host/lua/script.h"
+#include "host/program/commands.h"
+#include "host/program/plugin_file.h"
+#include "host/program/prompt.h"
+
+namespace {
+
+constexpr int kExitScriptFailed = 1;
+constexpr int kExitUsage = 2;
+
+bool RunScript(host::Host& host, const host::ProgramOptions& options) {
+  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
+  bool succeeded = true;
+  if (options.code) {
+    succeeded = script.RunCode(*options.code, "=-e");
+  } else if (!options.script.empty()) {
+    succeeded = script.RunFile(options.script == "-" ? "" : options.script);
+  } else if (isatty(STDIN_FILENO) != 0) {
+    host::RunPrompt(script);
+  } else {
+    succeeded = script.RunFile("");
+  }
+  std::fflush(stdout);
+  if (!succeeded) std::fprintf(stderr, "gifhost: %s\n", script.error().c_str());
+  return succeeded;
+}
+
+int Run(const host::ProgramOptions& options) {
+  if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
+    return host::OutputStatus(command(options));
+  }
+  host::Host host(options.host);
+  host.LoadPlugin(host::PluginFile(options));
+  const bool succeeded = RunScript(host, options);
+  return host::FinalStatus(host, succeeded ? 0 : kExitScriptFailed);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  host::ProgramOptions options;
+  try {
+    options = host::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
+  } catch (const std::invalid_argument& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitUsage;
+  }
+  if (options.help || options.version) {
+    std::fputs(options.help ? host::kHelpText : "gifhost " GIFHOST_VERSION "\n", stdout);
+    return 0;
+  }
+  try {
+    return Run(options);
+  } catch (const std::invalid_argument& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitUsage;
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    return kExitScriptFailed;
+  }
+}

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <string>
+
+#include "host/host/options.h"
+
+namespace host {
+
+// The plugin that a command line asks for: the named one, else the one beside the program, else the installed one.
+// An absolute path.
+std::string PluginFile(const ProgramOptions& options);
+
+}  // namespace host

@@ -1,0 +1,230 @@
+// The command "validate": the suite that a plugin must pass. Each case runs in a process of its own, so that none can
+// spoil the next.
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <stdexcept>
+
+#include "host/core/text.h"
+#include "host/lua/script.h"
+#include "host/program/commands.h"
+#include "host/program/plugin_file.h"
+#include "host/program/validate_cases.h"
+
+namespace host {
+namespace {
+
+constexpr unsigned kSecondsForCase = 300;
+constexpr rlim_t kLargestFile = 64 << 20;  // bytes that a case may write
+
+struct Arguments {
+  std::vector<std::string> only;  // names, or what stands before their dot; empty: all
+  bool list = false;
+  Trial trial;
+};
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  if (!file) throw std::invalid_argument(Text("can't read ", path));
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+uint64_t ToSeed(const std::string& text) {
+  uint64_t seed = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seed);
+  if (error != std::errc() || end != text.data() + text.size()) throw std::invalid_argument("--seed needs a number");
+  return seed;
+}
+
+Arguments ParseArguments(const std::vector<std::string>& given) {
+  Arguments parsed;
+  for (size_t i = 0; i < given.size(); ++i) {
+    const std::string& option = given[i];
+    if (option == "--list") {
+      parsed.list = true;
+      continue;
+    }
+    if (option != "--only" && option != "--seed" && option != "--sample") {
+      throw std::invalid_argument(Text("validate does not take \"", option, "\"; see --help"));
+    }
+    if (++i == given.size()) throw std::invalid_argument(option + " needs a value; see --help");
+    if (option == "--only") parsed.only.push_back(given[i]);
+    if (option == "--seed") parsed.trial.seed = ToSeed(given[i]);
+    if (option == "--sample") parsed.trial.samples.push_back(ReadFile(given[i]));
+  }
+  return parsed;
+}
+
+bool IsNamed(const Case& checked, const std::string& name) {
+  return checked.name == name || checked.name.starts_with(name + ".");
+}
+
+std::vector<Case> Choose(std::vector<Case> cases, const std::vector<std::string>& only) {
+  for (const std::string& name : only) {
+    if (std::none_of(cases.begin(), cases.end(), [&](const Case& checked) { return IsNamed(checked, name); })) {
+      throw std::invalid_argument(Text("there is no case \"", name, "\"; see validate --list"));
+    }
+  }
+  std::erase_if(cases, [&](const Case& checked) {
+    return !only.empty() &&
+           std::none_of(only.begin(), only.end(), [&](const std::string& name) { return IsNamed(checked, name); });
+  });
+  return cases;
+}
+
+// --- In the child --------------------------------------------------------------------------------------------------
+
+// Gives the exit status; what is wrong stands on stderr.
+int RunCase(const Case& checked, const Trial& trial) {
+  try {
+    Host host(checked.options);
+    try {
+      host.LoadPlugin(trial.plugin);
+    } catch (const std::runtime_error&) {
+      if (!checked.may_not_load) throw;
+    }
+    checked.run(host, trial);
+    return FinalStatus(host, 0);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "%s\n", error.what());
+    return 1;
+  }
+}
+
+void Limit(int resource, rlim_t most) {
+  const rlimit limit = {most, most};
+  setrlimit(static_cast<__rlimit_resource>(resource), &limit);
+}
+
+[[noreturn]] void BeChild(const Case& checked, const Trial& trial, int output) {
+  dup2(output, STDOUT_FILENO);
+  dup2(output, STDERR_FILENO);
+  Limit(RLIMIT_CORE, 0);
+  Limit(RLIMIT_FSIZE, kLargestFile);
+  std::signal(SIGXFSZ, SIG_IGN);  // writing more fails, as on a full disk
+  alarm(kSecondsForCase);
+  const int status = RunCase(checked, trial);
+  std::fflush(nullptr);
+  std::_Exit(status);
+}
+
+// --- In the parent -------------------------------------------------------------------------------------------------
+
+// A folder for the files that cases write: the children's current one.
+class WorkFolder {
+ public:
+  WorkFolder() : before_(std::filesystem::current_path()) {
+    std::string name = std::filesystem::temp_directory_path() / "validate-XXXXXX";
+    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("can't make a temporary folder");
+    path_ = name;
+    std::filesystem::current_path(path_);
+  }
+  ~WorkFolder() {
+    std::error_code error;
+    std::filesystem::current_path(before_, error);
+    std::filesystem::remove_all(path_, error);
+  }
+  WorkFolder(const WorkFolder&) = delete;
+  WorkFolder& operator=(const WorkFolder&) = delete;
+
+ private:
+  std::filesystem::path before_;
+  std::filesystem::path path_;
+};
+
+struct Outcome {
+  std::string failure;  // empty: it passed
+  std::string output;
+};
+
+std::string FailureOf(int wait_status) {
+  if (WIFSIGNALED(wait_status)) {
+    return WTERMSIG(wait_status) == SIGALRM ? "took too long" : strsignal(WTERMSIG(wait_status));
+  }
+  switch (WEXITSTATUS(wait_status)) {
+    case 0:
+      return "";
+    case kExitFault:
+      return "broke a rule";
+    case kExitLeak:
+      return "left something alive";
+    default:
+      return "failed";
+  }
+}
+
+std::string ReadAll(std::FILE* file) {
+  std::string text;
+  std::rewind(file);
+  for (int c = std::getc(file); c != EOF; c = std::getc(file)) text += static_cast<char>(c);
+  return text;
+}
+
+Outcome RunInChild(const Case& checked, const Trial& trial) {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> output(std::tmpfile(), std::fclose);
+  if (!output) throw std::runtime_error("can't make a temporary file");
+  std::fflush(nullptr);
+  const pid_t child = fork();
+  if (child < 0) throw std::runtime_error("can't start a process");
+  if (child == 0) BeChild(checked, trial, fileno(output.get()));
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  }
+  return {FailureOf(status), ReadAll(output.get())};
+}
+
+// What a case wrote, indented below its line.
+void PrintOutput(std::string output) {
+  if (output.empty() || output.back() != '\n') output += '\n';
+  for (size_t begin = 0; begin < output.size(); begin = output.find('\n', begin) + 1) {
+    const size_t length = output.find('\n', begin) - begin;
+    std::printf("      %.*s\n", static_cast<int>(length), output.c_str() + begin);
+  }
+}
+
+// A trace is shown in any case.
+void Report(const Case& checked, const Outcome& outcome) {
+  const bool passed = outcome.failure.empty();
+  std::printf(passed ? "ok    %s\n" : "FAIL  %s: %s\n", checked.name.c_str(), outcome.failure.c_str());
+  if (!passed || checked.options.trace) PrintOutput(outcome.output);
+}
+
+}  // namespace
+
+int RunValidate(const ProgramOptions& options) {
+  Arguments arguments = ParseArguments(options.arguments);
+  arguments.trial.plugin = PluginFile(options);
+  const std::vector<Case> cases = Choose(Cases(options.host), arguments.only);
+  if (arguments.list) {
+    for (const Case& checked : cases) std::printf("%s\n", checked.name.c_str());
+    return 0;
+  }
+  if (!std::filesystem::exists(arguments.trial.plugin)) {
+    throw std::runtime_error(Text("there is no plugin ", arguments.trial.plugin));
+  }
+  const WorkFolder folder;
+  int failed = 0;
+  for (const Case& checked : cases) {
+    const Outcome outcome = RunInChild(checked, arguments.trial);
+    Report(checked, outcome);
+    if (!outcome.failure.empty()) ++failed;
+  }
+  std::printf("%zu cases, %d failed; seed %llu\n", cases.size(), failed,
+              static_cast<unsigned long long>(arguments.trial.seed));
+  return failed == 0 ? 0 : 1;
+}
+
+}  // namespace host

@@ -1,4 +1,0 @@
-#include "plugin/host_functions.h"
-
-REALresolver gResolver = nullptr;
-double rbversion_rbversion = 0.0;
