@@ -32,6 +32,18 @@ using REALproc = void (*)();
 // Gives a host function's address by its name, or null when the host has no function of that name.
 using REALresolver = void* (*)(const char* name);
 
+// Flags of classes, properties and methods.
+constexpr uint32_t kEverywhere = 4;     // console and web hosts offer it, too
+constexpr uint32_t kModuleMethod = 16;  // on every method of a module
+
+// Markers in the plugin's own tables, which no host gets to see: hosts that have pictures everywhere get the flag in
+// their place, older ones nothing. No table has the second.
+constexpr uint32_t kPictureMember = 0x40000;
+constexpr uint32_t kOtherMarker = 0x80000, kOtherMarked = 8;
+
+// The version of the records below that a current host takes.
+constexpr uint32_t kClassRecordVersion = 13;
+
 struct REALproperty {
   void* reserved_first;  // always null
   const char* name;

@@ -2,15 +2,13 @@
 
 #include "classes/extension_class.h"
 #include "classes/picture_class.h"
-#include "classes/property.h"
+
+REALclassDefinition GifBlockClass = ClassRecord<GifBlockInstance>("GifBlockZKV", block::GifBlockDestructor);
 
 namespace block {
 
 using Instance = GifBlockInstance;
 using Record = Instance::Record;
-
-int64_t GetIntro(REALobjectStruct* self, int64_t) { return GetInteger<&Record::intro, &Instance::intro>(self); }
-void SetIntro(REALobjectStruct* self, int64_t, int64_t intro) { SetField<&Instance::intro>(self, intro); }
 
 REALobjectStruct* GetGifExtension(REALobjectStruct* self, int64_t) {
   return GetObject<GifExtensionInstance, &Record::extension, &Instance::extension>(self);
@@ -30,7 +28,7 @@ REALobjectStruct* CloneGifBlockZKV(REALobjectStruct* source) {
   ObjectRef copy = NewCopyOf<Instance>(source);
   if (!copy) return nullptr;
   Instance* to = DataOf<Instance>(copy.get());
-  to->intro = GetIntro(source, 0);
+  Fields::Copy(*DataOf<Instance>(source), to);
   to->extension = CloneChild(GetGifExtension(source, 0), extension::CloneGifExtensionZKV);
   to->picture = CloneChild(GetGifPicture(source, 0), picture::CloneGifPictureZKV);
   return copy.Detach();

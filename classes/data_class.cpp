@@ -1,7 +1,8 @@
 #include "classes/data_class.h"
 
 #include "bridge/host_values.h"
-#include "classes/property.h"
+
+REALclassDefinition GifDataClass = ClassRecord<GifDataInstance>("GifDataZKV", data::GifDataDestructor);
 
 namespace data {
 

@@ -3,7 +3,21 @@
 // GifDataZKV: one data sub-block. A free-standing one keeps its bytes as a host string of any length: host strings
 // never change, so copies share it.
 
-#include "bridge/host_records.h"
+#include "classes/property.h"
+
+struct GifDataInstance {
+  using Record = GifData;
+  GifData* record;
+  REALobjectStruct* owner;
+  REALstringStruct* data_string;  // the sub-block's bytes
+};
+static_assert(sizeof(GifDataInstance) == 24);
+
+extern REALclassDefinition GifDataClass;
+template <>
+inline REALclassDefinition& DefinitionOf<GifDataInstance>() {
+  return GifDataClass;
+}
 
 namespace data {
 

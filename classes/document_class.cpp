@@ -4,8 +4,9 @@
 
 #include "bridge/host_values.h"
 #include "classes/block_class.h"
-#include "classes/property.h"
 #include "classes/screen_class.h"
+
+REALclassDefinition GifClass = ClassRecord<GifInstance>("GIFZKV", document::GifDestructor);
 
 namespace document {
 

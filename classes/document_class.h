@@ -2,7 +2,22 @@
 
 // GIFZKV: a whole document. An opened one owns the records that every view taken from it looks at.
 
-#include "bridge/host_records.h"
+#include "classes/property.h"
+
+struct GifInstance {
+  using Record = Gif;
+  Gif* record;         // owned, unlike in the other classes; released by the destructor alone
+  ObjectList* blocks;  // of GifBlockZKV; null until the first Add
+  REALobjectStruct* screen;
+  REALstringStruct* header;
+};
+static_assert(sizeof(GifInstance) == 32);
+
+extern REALclassDefinition GifClass;
+template <>
+inline REALclassDefinition& DefinitionOf<GifInstance>() {
+  return GifClass;
+}
 
 namespace document {
 

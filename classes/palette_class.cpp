@@ -2,19 +2,17 @@
 
 #include <algorithm>
 
-#include "classes/property.h"
+REALclassDefinition GifPaletteClass = ClassRecord<GifPaletteInstance>("GifPaletteZKV", palette::GifPaletteDestructor);
 
 namespace palette {
 
 using Instance = GifPaletteInstance;
-using Record = Instance::Record;
 
-int64_t GetCount(REALobjectStruct* self, int64_t) { return GetInteger<&Record::count, &Instance::count>(self); }
 void SetCount(REALobjectStruct* self, int64_t, int64_t value) {
   if (value < 0 || value > Instance::kRoom) {
     return RaiseOutOfBoundsException(value, Instance::kRoom + 1, "value", "count");
   }
-  SetField<&Instance::count>(self, value);
+  Count::Set(self, value);
 }
 
 static bool IsIndex(int64_t index, int64_t count, const char* method_name) {

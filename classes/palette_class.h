@@ -3,11 +3,29 @@
 // GifPaletteZKV: a colour table (GIF89a, sections 19 and 21). A free-standing one always has room for 256 entries;
 // its count says how many of them are the table. Colours are 0x00RRGGBB.
 
-#include "bridge/host_records.h"
+#include "classes/property.h"
+
+struct GifPaletteInstance {
+  using Record = GifPalette;
+  static constexpr int32_t kRoom = 256;
+  GifPalette* record;
+  REALobjectStruct* owner;
+  HostInteger count;      // entries that count as the table, 0 to 256
+  Colour colours[kRoom];  // all of them can be read and written, whatever `count`
+};
+static_assert(sizeof(GifPaletteInstance) == 1048);
+
+extern REALclassDefinition GifPaletteClass;
+template <>
+inline REALclassDefinition& DefinitionOf<GifPaletteInstance>() {
+  return GifPaletteClass;
+}
 
 namespace palette {
 
-int64_t GetCount(REALobjectStruct* self, int64_t);
+using Count = Number<&GifPalette::count, &GifPaletteInstance::count>;
+
+inline int64_t GetCount(REALobjectStruct* self, int64_t) { return Count::Get(self); }
 // 0 to 256, or "OutOfBoundsException" and no change. The entries stay as they are.
 void SetCount(REALobjectStruct* self, int64_t, int64_t value);
 

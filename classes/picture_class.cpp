@@ -5,42 +5,13 @@
 
 #include "bridge/host_values.h"
 #include "classes/palette_class.h"
-#include "classes/property.h"
+
+REALclassDefinition GifPictureClass = ClassRecord<GifPictureInstance>("GifPictureZKV", picture::GifPictureDestructor);
 
 namespace picture {
 
 using Instance = GifPictureInstance;
 using Record = Instance::Record;
-
-int64_t GetLeft(REALobjectStruct* self, int64_t) { return GetInteger<&Record::left, &Instance::left>(self); }
-void SetLeft(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::left>(self, value); }
-
-int64_t GetTop(REALobjectStruct* self, int64_t) { return GetInteger<&Record::top, &Instance::top>(self); }
-void SetTop(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::top>(self, value); }
-
-int64_t GetWidth(REALobjectStruct* self, int64_t) { return GetInteger<&Record::width, &Instance::width>(self); }
-void SetWidth(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::width>(self, value); }
-
-int64_t GetHeight(REALobjectStruct* self, int64_t) { return GetInteger<&Record::height, &Instance::height>(self); }
-void SetHeight(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::height>(self, value); }
-
-int8_t Getinterlace(REALobjectStruct* self, int64_t) {
-  return GetBoolean<&Record::interlace, &Instance::interlace>(self);
-}
-void Setinterlace(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::interlace>(self, value); }
-
-int8_t Getsorted(REALobjectStruct* self, int64_t) { return GetBoolean<&Record::sorted, &Instance::sorted>(self); }
-void Setsorted(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::sorted>(self, value); }
-
-int8_t Gethas_cmap(REALobjectStruct* self, int64_t) {
-  return GetBoolean<&Record::has_cmap, &Instance::has_cmap>(self);
-}
-void Sethas_cmap(REALobjectStruct* self, int64_t, int8_t value) { SetField<&Instance::has_cmap>(self, value); }
-
-int64_t Getcmap_depth(REALobjectStruct* self, int64_t) {
-  return GetInteger<&Record::cmap_depth, &Instance::cmap_depth>(self);
-}
-void Setcmap_depth(REALobjectStruct* self, int64_t, int64_t value) { SetField<&Instance::cmap_depth>(self, value); }
 
 REALobjectStruct* GetGifPalette(REALobjectStruct* self, int64_t) {
   return GetObject<GifPaletteInstance, &Record::cmap, &Instance::palette>(self);
@@ -142,14 +113,7 @@ REALobjectStruct* CloneGifPictureZKV(REALobjectStruct* source) {
   ObjectRef copy = NewCopyOf<Instance>(source);
   if (!copy) return nullptr;
   Instance* to = DataOf<Instance>(copy.get());
-  to->left = GetLeft(source, 0);
-  to->top = GetTop(source, 0);
-  to->width = GetWidth(source, 0);
-  to->height = GetHeight(source, 0);
-  to->sorted = Getsorted(source, 0);
-  to->cmap_depth = Getcmap_depth(source, 0);
-  to->interlace = Getinterlace(source, 0);
-  to->has_cmap = Gethas_cmap(source, 0);
+  Fields::Copy(*DataOf<Instance>(source), to);
   to->pixel_block = CopyData(source);
   to->palette = CloneChild(GetGifPalette(source, 0), palette::CloneGifPaletteZKV);
   return copy.Detach();

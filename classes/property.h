@@ -1,16 +1,20 @@
 #pragma once
 
-// Properties, lists and clones by member pointer: what the handlers of all seven classes have in common. A handler
-// names a field of the record and the field of the instance that stands for it:
+// Properties, lists and clones by member pointer: what the handlers of all seven classes have in common. A number
+// pairs a field of the record with the field of the instance that stands for it; the handlers, Clone and the assembly
+// of documents for saving are made of such pairs:
 //
-//   int64_t GetWidth(REALobjectStruct* self, int64_t) { return GetInteger<&Record::width, &Instance::width>(self); }
-//   void SetWidth(REALobjectStruct* self, int64_t, int64_t v) { SetField<&Instance::width>(self, v); }
+//   using Width = Number<&GifScreen::width, &GifScreenInstance::width>;
+//   inline int64_t GetWidth(REALobjectStruct* self, int64_t) { return Width::Get(self); }
+//   inline void SetWidth(REALobjectStruct* self, int64_t, int64_t value) { Width::Set(self, value); }
+//   using Fields = FieldList<Width, Height>;
 //
 // Getters prefer the record of an attached instance; setters write the instance's own field whatever the mode.
 // Object results carry one reference for the script.
 
 #include "bridge/exceptions.h"
 #include "classes/instance.h"
+#include "classes/object_list.h"
 #include "classes/owner.h"
 
 template <typename Class, typename Value>
@@ -23,22 +27,56 @@ using ClassOf = decltype(ClassOfMemberPointer(kField));
 // --- Numbers ---------------------------------------------------------------------------------------------------
 
 template <auto kRecordField, auto kOwnField>
-HostInteger GetInteger(REALobjectStruct* self) {
-  const auto* data = DataOf<ClassOf<kOwnField>>(self);
-  return data->record ? data->record->*kRecordField : data->*kOwnField;
-}
+struct Number {
+  using Instance = ClassOf<kOwnField>;
+  using Record = ClassOf<kRecordField>;
 
-// A boolean is the lowest byte of its field, in whatever width the field is kept.
+  static HostInteger Get(const Instance& data) { return data.record ? data.record->*kRecordField : data.*kOwnField; }
+  static HostInteger Get(REALobjectStruct* self) { return Get(*DataOf<Instance>(self)); }
+  static void Set(REALobjectStruct* self, HostInteger value) { DataOf<Instance>(self)->*kOwnField = value; }
+
+  static void Copy(const Instance& from, Instance* to) { to->*kOwnField = Get(from); }
+  // The instance's own value, cut to 32 bits.
+  static void Assemble(const Instance& from, Record* to) {
+    to->*kRecordField = static_cast<int32_t>(from.*kOwnField);
+  }
+};
+
+// A boolean: the lowest byte of its field, in whatever width the field is kept.
 template <auto kRecordField, auto kOwnField>
-HostBoolean GetBoolean(REALobjectStruct* self) {
-  const auto* data = DataOf<ClassOf<kOwnField>>(self);
-  return static_cast<HostBoolean>(data->record ? data->record->*kRecordField : data->*kOwnField);
-}
+struct Flag {
+  using Instance = ClassOf<kOwnField>;
+  using Record = ClassOf<kRecordField>;
 
-template <auto kOwnField, typename Value>
-void SetField(REALobjectStruct* self, Value value) {
-  DataOf<ClassOf<kOwnField>>(self)->*kOwnField = value;
-}
+  static HostBoolean Get(const Instance& data) {
+    return static_cast<HostBoolean>(data.record ? data.record->*kRecordField : data.*kOwnField);
+  }
+  static HostBoolean Get(REALobjectStruct* self) { return Get(*DataOf<Instance>(self)); }
+  static void Set(REALobjectStruct* self, HostBoolean value) { DataOf<Instance>(self)->*kOwnField = value; }
+
+  static void Copy(const Instance& from, Instance* to) { to->*kOwnField = Get(from); }
+  static void Assemble(const Instance& from, Record* to) {
+    to->*kRecordField = static_cast<HostBoolean>(from.*kOwnField) != 0;
+  }
+};
+
+// All numbers and flags of a class.
+template <typename... Fields>
+struct FieldList {
+  // In an instance they stand side by side, eight bytes each.
+  static constexpr size_t kSize = 8 * sizeof...(Fields);
+
+  // Gives a free-standing instance the values that the getters show of another.
+  template <typename Instance>
+  static void Copy(const Instance& from, Instance* to) {
+    (Fields::Copy(from, to), ...);
+  }
+  // Gives a record the instance's own values, whatever it views.
+  template <typename Instance>
+  static void Assemble(const Instance& from, typename Instance::Record* to) {
+    (Fields::Assemble(from, to), ...);
+  }
+};
 
 // --- Objects, strings and MemoryBlocks ---------------------------------------------------------------------------
 

@@ -5,14 +5,16 @@
 #include <limits>
 
 #include "bridge/host_values.h"
+#include "classes/block_class.h"
+#include "classes/data_class.h"
+#include "classes/extension_class.h"
+#include "classes/palette_class.h"
+#include "classes/picture_class.h"
+#include "classes/screen_class.h"
 #include "codec/building.h"
 #include "entry/holders.h"
 
 namespace {
-
-int32_t Low32(HostInteger value) { return static_cast<int32_t>(value); }
-int32_t Truth(HostBoolean value) { return value != 0; }
-int32_t Truth(HostInteger boolean_in_lowest_byte) { return (boolean_in_lowest_byte & 0xFF) != 0; }
 
 // A new array with room for every entry of the list; null without entries and without memory.
 template <typename Record>
@@ -40,20 +42,14 @@ Record** Collect(const ObjectList* list, Record* (*make)(const Instance&), int32
 GifPalette* CopyPalette(REALobjectStruct* object) {
   if (!object) return nullptr;
   const auto& source = *DataOf<GifPaletteInstance>(object);
-  GifPalette* palette = NewPalette(Low32(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
+  GifPalette* palette =
+      NewPalette(static_cast<int32_t>(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
   if (palette) std::copy_n(source.colours, palette->count, palette->colours);
   return palette;
 }
 
 void CopyScreen(const GifScreenInstance& source, GifScreen* screen) {
-  screen->width = Low32(source.width);
-  screen->height = Low32(source.height);
-  screen->has_cmap = Truth(source.has_cmap);
-  screen->color_res = Low32(source.color_res);
-  screen->sorted = Truth(source.sorted);
-  screen->cmap_depth = Low32(source.cmap_depth);
-  screen->bgcolour = Low32(source.bgcolour);
-  screen->aspect = Low32(source.aspect);
+  screen::Fields::Assemble(source, screen);
   DeletePalette(screen->cmap);
   screen->cmap = CopyPalette(source.palette);
   if (source.palette && !screen->cmap) screen->has_cmap = 0;  // what follows would be taken for the table
@@ -80,14 +76,7 @@ void CopyPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
 GifPicture* AssemblePicture(const GifPictureInstance& source) {
   GifPicture* picture = NewRecord<GifPicture>();
   if (!picture) return nullptr;
-  picture->left = Low32(source.left);
-  picture->top = Low32(source.top);
-  picture->width = Low32(source.width);
-  picture->height = Low32(source.height);
-  picture->interlace = Truth(source.interlace);
-  picture->sorted = Truth(source.sorted);
-  picture->has_cmap = Truth(source.has_cmap);
-  picture->cmap_depth = Low32(source.cmap_depth);
+  picture::Fields::Assemble(source, picture);
   picture->cmap = CopyPalette(source.palette);
   if (source.palette && !picture->cmap) {
     DeletePicture(picture);
@@ -115,7 +104,7 @@ GifData* AssembleData(const GifDataInstance& source) {
 GifExtension* AssembleExtension(const GifExtensionInstance& source) {
   GifExtension* extension = NewRecord<GifExtension>();
   if (!extension) return nullptr;
-  extension->marker = Low32(source.marker);
+  extension::Fields::Assemble(source, extension);
   extension->data = Collect(source.items, AssembleData, extension->count);
   return extension;
 }
@@ -125,7 +114,7 @@ GifExtension* AssembleExtension(const GifExtensionInstance& source) {
 GifBlock* AssembleBlock(const GifBlockInstance& source) {
   GifBlock* block = NewRecord<GifBlock>();
   if (!block) return nullptr;
-  block->intro = Low32(source.intro);
+  block::Fields::Assemble(source, block);
   if (source.picture) block->picture = AssemblePicture(*DataOf<GifPictureInstance>(source.picture));
   if (source.extension) block->extension = AssembleExtension(*DataOf<GifExtensionInstance>(source.extension));
   const bool complete = (block->picture || !source.picture) && (block->extension || !source.extension);

@@ -2,7 +2,7 @@
 
 // Turns a free-standing tree of script objects into a document for writing.
 
-#include "classes/instance.h"
+#include "classes/document_class.h"
 
 // A new document, owned by the caller, with copies of the free-standing values of every object in the tree;
 // views that scripts have stored in it count with their own fields, not with those of what they view.

@@ -5,7 +5,7 @@
 #include <new>
 
 #include "bridge/host_values.h"
-#include "classes/instance.h"
+#include "classes/document_class.h"
 #include "codec/reader.h"
 #include "entry/folder_item.h"
 #include "entry/holders.h"

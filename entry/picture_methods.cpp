@@ -2,7 +2,8 @@
 
 #include <memory>
 
-#include "classes/instance.h"
+#include "classes/document_class.h"
+#include "classes/picture_class.h"
 #include "entry/open.h"
 #include "picture/conversion.h"
 

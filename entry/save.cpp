@@ -1,6 +1,6 @@
 #include "entry/save.h"
 
-#include "classes/instance.h"
+#include "classes/document_class.h"
 #include "codec/writer.h"
 #include "entry/document_assembly.h"
 #include "entry/folder_item.h"

@@ -6,7 +6,6 @@
 #include "classes/data_class.h"
 #include "classes/document_class.h"
 #include "classes/extension_class.h"
-#include "classes/instance.h"
 #include "classes/palette_class.h"
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
@@ -14,11 +13,7 @@
 #include "entry/picture_methods.h"
 #include "entry/save.h"
 
-// --- Rows
-// ------------------------------------------------------------------------------------------------------
-
-constexpr uint32_t kEverywhere = 4;
-constexpr uint32_t kPicture = 0x40000;  // a marker: becomes 4 or nothing, as the host's version says
+// --- Rows ---------------------------------------------------------------------------------------------------------
 
 // A type name as scripts read it, tied to the form in which values of it cross the boundary.
 template <typename Value>
@@ -54,22 +49,6 @@ static REALmethodDefinition AssignableMethod(const char* declaration, Value (*ha
   return {Handler(handler), Handler(setter), declaration, kEverywhere, 0, 0};
 }
 
-template <typename Instance, size_t kProperties, size_t kMethods>
-static REALclassDefinition Class(const char* name, void (*destructor)(REALobjectStruct*),
-                                 REALproperty (&properties)[kProperties], REALmethodDefinition (&methods)[kMethods]) {
-  REALclassDefinition definition = {};
-  definition.version = 13;
-  definition.name = name;
-  definition.instance_size = sizeof(Instance);
-  definition.destructor = Handler(destructor);
-  definition.properties = properties;
-  definition.property_count = kProperties;
-  definition.methods = methods;
-  definition.method_count = kMethods;
-  definition.flags = kEverywhere;
-  return definition;
-}
-
 // clang-format off
 
 // --- GIFZKV: the document --------------------------------------------------------------------------------------
@@ -83,12 +62,11 @@ static REALproperty documentProperties[] = {
 static REALmethodDefinition documentMethods[] = {
   Method("Block(index as integer) as GifBlockZKV", document::GetGifBlock),
   Method("Add(block as GifBlockZKV)",              document::AddGifBlock),
-  Method("MakeFirstPicture as picture",            MakeFirstPicture,         kPicture),
-  Method("MakeFirstMask as picture",               MakeFirstMask,            kPicture),
-  Method("MakeFirstPictureWithMask as picture",    MakeFirstPictureWithMask, kPicture),
+  Method("MakeFirstPicture as picture",            MakeFirstPicture,         kPictureMember),
+  Method("MakeFirstMask as picture",               MakeFirstMask,            kPictureMember),
+  Method("MakeFirstPictureWithMask as picture",    MakeFirstPictureWithMask, kPictureMember),
   Method("Clone as GIFZKV",                        document::CloneGIFZKV),
 };
-REALclassDefinition GifClass = Class<GifInstance>("GIFZKV", document::GifDestructor, documentProperties, documentMethods);
 
 // --- GifPictureZKV: an image -----------------------------------------------------------------------------------
 
@@ -106,13 +84,12 @@ static REALproperty pictureProperties[] = {
 };
 static REALmethodDefinition pictureMethods[] = {
   Method("PixelData(row as integer) as memoryblock",                  picture::GetPixelData),
-  Method("MakePicture as picture",                                    MakePicture, kPicture),
-  Method("MakeMask as picture",                                       MakeMask,    kPicture),
-  Method("MakeMask(TransparentColorIndex as integer) as picture",     MakeMask2,   kPicture),
+  Method("MakePicture as picture",                                    MakePicture, kPictureMember),
+  Method("MakeMask as picture",                                       MakeMask,    kPictureMember),
+  Method("MakeMask(TransparentColorIndex as integer) as picture",     MakeMask2,   kPictureMember),
   Method("Clone as GifPictureZKV",                                    picture::CloneGifPictureZKV),
   Method("CopyData as memoryblock",                                   picture::CopyData),
 };
-REALclassDefinition GifPictureClass = Class<GifPictureInstance>("GifPictureZKV", picture::GifPictureDestructor, pictureProperties, pictureMethods);
 
 // --- GifDataZKV: a data sub-block ------------------------------------------------------------------------------
 
@@ -124,7 +101,6 @@ static REALproperty dataProperties[] = {
 static REALmethodDefinition dataMethods[] = {
   Method("Clone as GifDataZKV", data::CloneGifDataZKV),
 };
-REALclassDefinition GifDataClass = Class<GifDataInstance>("GifDataZKV", data::GifDataDestructor, dataProperties, dataMethods);
 
 // --- GifBlockZKV: a block --------------------------------------------------------------------------------------
 
@@ -136,7 +112,6 @@ static REALproperty blockProperties[] = {
 static REALmethodDefinition blockMethods[] = {
   Method("Clone as GifBlockZKV", block::CloneGifBlockZKV),
 };
-REALclassDefinition GifBlockClass = Class<GifBlockInstance>("GifBlockZKV", block::GifBlockDestructor, blockProperties, blockMethods);
 
 // --- GifScreenZKV: the logical screen --------------------------------------------------------------------------
 
@@ -154,7 +129,6 @@ static REALproperty screenProperties[] = {
 static REALmethodDefinition screenMethods[] = {
   Method("Clone as GifScreenZKV", screen::CloneGifScreenZKV),
 };
-REALclassDefinition GifScreenClass = Class<GifScreenInstance>("GifScreenZKV", screen::GifScreenDestructor, screenProperties, screenMethods);
 
 // --- GifPaletteZKV: a colour table -----------------------------------------------------------------------------
 
@@ -168,7 +142,6 @@ static REALmethodDefinition paletteMethods[] = {
   AssignableMethod("Red(index as integer) as integer",   palette::GetPRed,   palette::SetPRed),
   Method("Clone as GifPaletteZKV",                       palette::CloneGifPaletteZKV),
 };
-REALclassDefinition GifPaletteClass = Class<GifPaletteInstance>("GifPaletteZKV", palette::GifPaletteDestructor, paletteProperties, paletteMethods);
 
 // --- GifExtensionZKV: an extension -----------------------------------------------------------------------------
 
@@ -182,7 +155,6 @@ static REALmethodDefinition extensionMethods[] = {
   Method("Add(data as GifDataZKV)",              extension::AddData),
   Method("Clone as GifExtensionZKV",             extension::CloneGifExtensionZKV),
 };
-REALclassDefinition GifExtensionClass = Class<GifExtensionInstance>("GifExtensionZKV", extension::GifExtensionDestructor, extensionProperties, extensionMethods);
 
 // --- Methods on FolderItems, and global ones -------------------------------------------------------------------
 
@@ -191,18 +163,43 @@ static REALmethodDefinition folderitemMethods[] = {
   Method("SaveAsGIFZKV(data as GIFZKV) as boolean", SaveGIFfile1),
 };
 REALmethodDefinition globalMethods[2] = {
-  Method("GifStringToPictureZKV(data as string) as Picture", GifStringToPictureZKV, kPicture),
+  Method("GifStringToPictureZKV(data as string) as Picture", GifStringToPictureZKV, kPictureMember),
   Method("GifStringToGifZKV(data as string) as GIFZKV",      OpenGIFstring),
 };
 // clang-format on
 
-static REALclassDefinition ClassExtension(const char* class_name, REALmethodDefinition* methods, int64_t count) {
+static REALclassDefinition ClassExtension(const char* class_name) {
   REALclassDefinition definition = {};
-  definition.version = 13;
+  definition.version = kClassRecordVersion;
   definition.name = class_name;
-  definition.methods = methods;
-  definition.method_count = count;
   definition.flags = kEverywhere;
   return definition;
 }
-REALclassDefinition folderitem2Class3 = ClassExtension("Folderitem", folderitemMethods, 2);
+REALclassDefinition folderitem2Class3 = ClassExtension("Folderitem");
+
+// --- Filling in ------------------------------------------------------------------------------------------------
+
+template <size_t kCount>
+static void FillMethods(REALclassDefinition& definition, REALmethodDefinition (&methods)[kCount]) {
+  definition.methods = methods;
+  definition.method_count = kCount;
+}
+
+template <size_t kProperties, size_t kMethods>
+static void Fill(REALclassDefinition& definition, REALproperty (&properties)[kProperties],
+                 REALmethodDefinition (&methods)[kMethods]) {
+  definition.properties = properties;
+  definition.property_count = kProperties;
+  FillMethods(definition, methods);
+}
+
+void FillDefinitions() {
+  Fill(GifClass, documentProperties, documentMethods);
+  Fill(GifPictureClass, pictureProperties, pictureMethods);
+  Fill(GifDataClass, dataProperties, dataMethods);
+  Fill(GifBlockClass, blockProperties, blockMethods);
+  Fill(GifScreenClass, screenProperties, screenMethods);
+  Fill(GifPaletteClass, paletteProperties, paletteMethods);
+  Fill(GifExtensionClass, extensionProperties, extensionMethods);
+  FillMethods(folderitem2Class3, folderitemMethods);
+}

@@ -1,11 +1,13 @@
 #pragma once
 
-// The tables of everything that scripts see; the seven class definitions are declared in classes/instance.h.
-// They are handed to the host, which writes each class's instance offset into them, so they stay in place for
-// the life of the process.
+// The tables of everything that scripts see. They are handed to the host, so they stay in place for the life of the
+// process. The seven classes' own records stand with the classes; the host writes each one's instance offset into it.
 
 #include "bridge/host_records.h"
 
 extern REALclassDefinition folderitem2Class3;  // extends the host's class "Folderitem"
 
 extern REALmethodDefinition globalMethods[2];
+
+// Puts the tables of members into the class records; called once, before they are registered.
+void FillDefinitions();

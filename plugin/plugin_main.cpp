@@ -1,7 +1,13 @@
 // The plugin's one exported function.
 
 #include "bridge/host_functions.h"
-#include "classes/instance.h"
+#include "classes/block_class.h"
+#include "classes/data_class.h"
+#include "classes/document_class.h"
+#include "classes/extension_class.h"
+#include "classes/palette_class.h"
+#include "classes/picture_class.h"
+#include "classes/screen_class.h"
 #include "plugin/definitions.h"
 #include "plugin/registration.h"
 
@@ -23,6 +29,7 @@ extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolv
   CurrentREALControlVersion = ControlVersionFor(rbversion_rbversion);
   TellControlVersion();
   gpartname = "GIF";
+  FillDefinitions();
 
   REALclassDefinition* const classes[] = {&GifClass,       &GifPictureClass, &GifDataClass,     &GifBlockClass,
                                           &GifScreenClass, &GifPaletteClass, &GifExtensionClass};

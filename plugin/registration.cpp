@@ -10,8 +10,6 @@
 uint32_t CurrentREALControlVersion = 13;
 const char* gpartname = nullptr;
 
-constexpr uint32_t kModuleMethod = 16;  // set on every method of a module
-
 // Hosts from 2013.0 up to, not including, 3000.0 take extension and global methods as modules.
 static bool HostTakesModules() { return HostIsAtLeast(2013.0) && !HostIsAtLeast(3000.0); }
 
@@ -28,10 +26,10 @@ uint32_t ControlVersionFor(double host_version) {
 
 uint32_t FixedFlags(uint32_t flags) {
   if (HostIsAtLeast(2010.029)) {
-    if (flags & 0x40000) flags |= 4;
-    if (flags & 0x80000) flags |= 8;
+    if (flags & kPictureMember) flags |= kEverywhere;
+    if (flags & kOtherMarker) flags |= kOtherMarked;
   }
-  return flags & ~0xC0000U;
+  return flags & ~(kPictureMember | kOtherMarker);
 }
 
 template <typename Member>
