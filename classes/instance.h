@@ -14,6 +14,7 @@
 
 #include <cstdint>
 
+#include "bridge/definition_rows.h"
 #include "bridge/host_reference.h"
 #include "codec/document.h"
 
@@ -23,18 +24,6 @@ using HostInteger = int64_t;
 // holds the record, and the host writes the instance offset into it at registration.
 template <typename Instance>
 REALclassDefinition& DefinitionOf();
-
-// The record of a class before the tables of its members are filled in (plugin/definitions.cpp).
-template <typename Instance>
-REALclassDefinition ClassRecord(const char* name, void (*destructor)(REALobjectStruct*)) {
-  REALclassDefinition definition = {};
-  definition.version = kClassRecordVersion;
-  definition.name = name;
-  definition.instance_size = sizeof(Instance);
-  definition.destructor = reinterpret_cast<REALproc>(destructor);
-  definition.flags = kEverywhere;
-  return definition;
-}
 
 // The instance data of an object of that class, which must not be null.
 template <typename Instance>

@@ -12,7 +12,7 @@ rules=(
   'picture/*: codec bridge platform'
   'entry/*: classes picture codec bridge platform'
   'plugin/*: entry classes picture codec bridge platform'
-  'host/*: platform bridge/host_records.h'
+  'host/*: platform bridge/host_records.h bridge/definition_rows.h'
 )
 
 faults=0
