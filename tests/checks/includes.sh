@@ -1,35 +1,66 @@
 #!/usr/bin/env bash
-# Who may include whom: every `#include "folder/..."` of a folder names one that it may use.
+# The storeys of the house: every `#include "folder/..."` names a file of the same folder or of one that the folder's row
+# allows, and no two files include each other in a circle, a header and its source taken as one file.
 set -euo pipefail
 cd "$1"
 
-# file pattern: folders it may include, besides its own
-rules=(
-  'platform/*: '
-  'codec/*: platform'
-  'bridge/*: platform'
-  'classes/*: codec bridge'
-  'picture/*: codec bridge platform'
-  'entry/*: classes picture codec bridge platform'
-  'plugin/*: entry classes picture codec bridge platform'
-  'host/*: platform bridge/host_records.h bridge/definition_rows.h'
+# folder: folders (or single headers) that its files may include, besides their own folder's
+storeys=(
+  'platform:'
+  'codec: platform'
+  'scan: codec'
+  'bridge: platform'
+  'classes: codec bridge'
+  'picture: codec bridge platform'
+  'entry: classes picture codec bridge platform'
+  'plugin: entry classes picture codec bridge platform'
+  # Of the plugin the host sees the bridge's records alone.
+  'host/core: platform bridge/host_records.h bridge/definition_rows.h'
+  'host/host: host/core platform bridge/host_records.h bridge/definition_rows.h'
+  'host/functions: host/host host/core platform bridge/host_records.h'
+  'host/classes: host/host host/core platform bridge/host_records.h bridge/definition_rows.h'
+  'host/lua: host/classes host/functions host/host host/core platform bridge/host_records.h'
+  'host/program: host/lua host/classes host/functions host/host host/core platform bridge/host_records.h'
 )
 
 faults=0
 checked=0
-for file in {platform,codec,bridge,classes,picture,entry,plugin}/*.{h,cpp} host/*/*.{h,cpp}; do
-  for rule in "${rules[@]}"; do
-    # shellcheck disable=SC2053
-    [[ $file == ${rule%%:*} ]] && break
-  done
-  allowed="${file%%/*} ${rule#*:}"
-  while read -r included; do
+arrows=$(mktemp)
+trap 'rm -f "$arrows"' EXIT
+
+complain() {
+  echo "$1"
+  faults=$((faults + 1))
+}
+
+# Every include of ours in the folder $1, as lines "file included".
+includes_of() {
+  find "$1" -maxdepth 1 \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) \
+    -exec sed -n 's|^#include "\(.*\)".*|{} \1|p' {} \;
+}
+
+for storey in "${storeys[@]}"; do
+  folder="${storey%%:*}"
+  allowed=" $folder ${storey#*:} "
+  [ -d "$folder" ] || continue
+  while read -r file included; do
     checked=$((checked + 1))
-    folder="${included%%/*}"
-    [[ " $allowed " == *" $folder "* || " $allowed " == *" $included "* ]] && continue
-    echo "$file may not include $included"
-    faults=$((faults + 1))
-  done < <(sed -n 's/^#include "\(.*\)".*/\1/p' "$file")
+    [ -f "$included" ] || complain "$file includes $included, which is no path from the project's top"
+    [[ $allowed == *" ${included%/*} "* || $allowed == *" $included "* ]] || complain "$file may not include $included"
+    from="${file%.*}" to="${included%.*}"
+    [ "$from" = "$to" ] || echo "$from $to" >> "$arrows"
+  done < <(includes_of "$folder")
+  sources=$(find "$folder" -maxdepth 1 -type f \( -name '*.h' -o -name '*.cpp' -o -name '*.c' \) | wc -l)
+  [ "$sources" -le 30 ] || complain "$folder holds $sources source files; thirty are enough"
 done
-echo "$checked includes checked, $faults not allowed"
+
+# A folder without a row would not be looked at.
+while read -r folder; do
+  printf '%s\n' "${storeys[@]}" | grep -q "^$folder:" || complain "$folder has no storey"
+done < <(find platform codec scan bridge classes picture entry plugin host -name '*.cpp' -printf '%h\n' 2>/dev/null | sort -u)
+
+circles=$(tsort "$arrows" 2>&1 >/dev/null | sed 's/^tsort: //' || true)
+[ -z "$circles" ] || echo "files include each other in a circle:"$'\n'"$circles"
+
+echo "$checked includes checked, $faults faults"
 [ "$faults" -eq 0 ] && [ "$checked" -gt 50 ]
