@@ -20,6 +20,7 @@
 #include "codec/building.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
+#include "entry/buffered_file.h"
 #include "picture/row_renderer.h"
 
 namespace {
@@ -114,13 +115,11 @@ void CompareRendering(int rounds) {
 // As scripts open a file: a stream and its buffer, made and closed.
 Work OpenFile(const std::string& path) {
   return [path] {
-    const std::unique_ptr<char[]> buffer(new char[kReadBuffer]);
-    FILE* file = std::fopen(path.c_str(), "rb");
-    std::setvbuf(file, buffer.get(), _IOFBF, kReadBuffer);
-    MyFILE stream = {nullptr, 0, 0, file};
+    BufferedFile file(std::fopen(path.c_str(), "rb"));
+    MyFILE stream = {nullptr, 0, 0, file.get()};
     Gif* gif = NewGif();
     ReadGif(&stream, gif);
-    std::fclose(file);
+    file.Close();
     DeleteGif(gif);
   };
 }

@@ -8,13 +8,13 @@
 #include <stdexcept>
 #include <typeinfo>
 
-#include "bridge/host_values.h"
+#include "bridge/strings.h"
 
 void RaiseException(const char* class_name, const char* message) {
   StringRef text;
   if (message) {
     const auto length = static_cast<int64_t>(std::strlen(message));
-    text = StringRef::Adopt(REALBuildUnicodeString(message, length, kEncodingUtf8));
+    text = StringRef::Adopt(BuildEncodedString(message, length, kEncodingUtf8));
   }
   auto exception = ObjectRef::Adopt(REALnewInstance(class_name));
   if (!exception) exception = ObjectRef::Adopt(REALnewInstance("RuntimeException"));

@@ -1,6 +1,8 @@
 #include "classes/data_class.h"
 
-#include "bridge/host_values.h"
+#include "bridge/memory_blocks.h"
+#include "bridge/strings.h"
+#include "bridge/unicode_strings.h"
 
 REALclassDefinition GifDataClass = ClassRecord<GifDataInstance>("GifDataZKV", data::GifDataDestructor);
 

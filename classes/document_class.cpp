@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "bridge/host_values.h"
+#include "bridge/unicode_strings.h"
 #include "classes/block_class.h"
 #include "classes/screen_class.h"
 

@@ -1,30 +1,59 @@
 #include "classes/owner.h"
 
-#include <exception>
+#include <cstdint>
+#include <memory>
+#include <new>
 #include <utility>
-#include <vector>
 
-// Those that were let go of while another one was being released. Handlers run one at a time.
-static std::vector<ObjectRef> waiting;
-static bool is_releasing = false;
+namespace {
+
+constexpr int kDeepest = 16;  // releases inside one another
+
+struct Waiting {
+  ObjectRef owner;
+  Waiting* next;
+};
+
+// The releases that are under way on this thread, by the address of each one's frame, outermost first, and the owners
+// that are let go of when the innermost has ended.
+//
+// A host may leave a release by a jump, past the line that takes it off the list. Frames of calls lie below those of
+// their callers, so whatever is not above a new frame has been left that way.
+struct UnderWay {
+  uintptr_t frames[kDeepest];
+  int depth;
+  Waiting* waiting;
+};
+thread_local UnderWay under_way;
+
+bool Postpone(ObjectRef& owner) {
+  auto* waiting = new (std::nothrow) Waiting{{}, under_way.waiting};
+  if (!waiting) return false;
+  waiting->owner = std::move(owner);
+  under_way.waiting = waiting;
+  return true;
+}
+
+void ReleaseWaiting() {
+  while (under_way.waiting) {
+    const std::unique_ptr<Waiting> next(under_way.waiting);
+    under_way.waiting = next->next;
+  }
+}
+
+}  // namespace
 
 void ReleaseOwner(REALobjectStruct*& field) {
   auto owner = ObjectRef::Adopt(std::exchange(field, nullptr));
   if (!owner) return;
-  if (is_releasing) {
-    try {
-      waiting.push_back(std::move(owner));
-    } catch (const std::exception&) {  // no memory to wait in: `owner` still holds the reference and goes right now
-    }
-    return;
-  }
-  is_releasing = true;
+  const auto frame = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+  int& depth = under_way.depth;
+  while (depth > 0 && under_way.frames[depth - 1] <= frame) --depth;
+  if (depth == kDeepest && Postpone(owner)) return;
+  if (depth == kDeepest) --depth;  // no memory to wait in: one more inside the others
+  const int outside = depth;
+  under_way.frames[depth++] = frame;
   owner = ObjectRef();
-  while (!waiting.empty()) {
-    owner = std::move(waiting.back());
-    waiting.pop_back();
-    owner = ObjectRef();
-  }
-  waiting.shrink_to_fit();
-  is_releasing = false;
+  ReleaseWaiting();
+  depth = outside;
 }

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "bridge/host_values.h"
+#include "bridge/memory_blocks.h"
 #include "classes/palette_class.h"
 
 REALclassDefinition GifPictureClass = ClassRecord<GifPictureInstance>("GifPictureZKV", picture::GifPictureDestructor);
@@ -28,12 +28,11 @@ struct Bytes {
   int64_t there;
 };
 
-// What stands in a block from `offset` on, at most `length` bytes.
-static Bytes BytesOf(REALmemoryBlockStruct* block, int64_t offset, int64_t length) {
-  const auto* bytes = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(block));
+// What stands in a block, whose bytes begin at `bytes`, from `offset` on: at most `length` bytes.
+static Bytes BytesOf(REALmemoryBlockStruct* block, const void* bytes, int64_t offset, int64_t length) {
   const int64_t behind = bytes ? MemoryBlockSize(block) - offset : 0;
   if (behind <= 0) return {nullptr, 0};
-  return {bytes + offset, std::min(behind, length)};
+  return {static_cast<const uint8_t*>(bytes) + offset, std::min(behind, length)};
 }
 
 // The number of pixels, when a MemoryBlock is made for so many: from 0 to 2^31 - 1. Otherwise -1.
@@ -93,7 +92,9 @@ REALmemoryBlockStruct* GetPixelData(REALobjectStruct* self, int64_t row) {
   if (!data->pixel_block || row >= data->height || data->width < 1) return nullptr;
   int64_t offset = 0;
   if (__builtin_mul_overflow(row, data->width, &offset)) offset = INT64_MAX;  // behind the end of any block
-  const Bytes bytes = BytesOf(data->pixel_block, offset, data->width);
+  const void* stored = MyREALMemoryBlockGetPtr(data->pixel_block);
+  if (!stored) return nullptr;
+  const Bytes bytes = BytesOf(data->pixel_block, stored, offset, data->width);
   const auto fill = [&](uint8_t* pixels) { CopyBytes(pixels, data->width, bytes); };
   REALmemoryBlockStruct* block = NewPixelBlock(data->width, fill);
   if (!block) RaiseOutOfMemoryException(data->width);
@@ -105,7 +106,10 @@ REALmemoryBlockStruct* CopyData(REALobjectStruct* self) {
   const Instance* data = DataOf<Instance>(self);
   if (!data->pixel_block) return GetData(self, 0);
   const int64_t size = PixelCount(data->width, data->height);
-  const auto fill = [&](uint8_t* pixels) { CopyBytes(pixels, size, BytesOf(data->pixel_block, 0, size)); };
+  const auto fill = [&](uint8_t* pixels) {
+    const void* stored = MyREALMemoryBlockGetPtr(data->pixel_block);
+    CopyBytes(pixels, size, BytesOf(data->pixel_block, stored, 0, size));
+  };
   return NewPixelBlock(size, fill);
 }
 

@@ -14,10 +14,6 @@ struct MyFILE {
   FILE* file;
 };
 
-// The bytes of a buffer that suits a file read through a stream: far fewer calls of the system than with the C
-// library's own, and it stays in the processor's cache.
-constexpr size_t kReadBuffer = 0xC000;
-
 // The next byte, 0 to 255. Past the end, and on a read error, 0 from then on.
 int MyGetc(MyFILE* stream);
 

@@ -4,7 +4,8 @@
 #include <cstring>
 #include <limits>
 
-#include "bridge/host_values.h"
+#include "bridge/memory_blocks.h"
+#include "bridge/strings.h"
 #include "classes/block_class.h"
 #include "classes/data_class.h"
 #include "classes/extension_class.h"
@@ -12,7 +13,7 @@
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
 #include "codec/building.h"
-#include "entry/holders.h"
+#include "entry/document_holder.h"
 
 namespace {
 

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <exception>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <utility>
@@ -12,8 +13,6 @@
 #include "platform/core_foundation.h"
 
 namespace {
-
-constexpr size_t kStreamBuffer = 0x100000;
 
 struct Release {
   void operator()(char* text) const { std::free(text); }
@@ -71,7 +70,7 @@ Url UrlOfNewItem(REALfolderItemStruct* item) {
   HFSUniStr255 name = {};
   if (!REALFSRefFromFolderItem(item, &parent, &name)) return Url();
   const Url folder(CFURLCreateFromFSRef(nullptr, &parent));
-  if (!folder || name.length == 0) return Url();
+  if (!folder || name.length == 0 || name.length > std::size(name.unicode)) return Url();
   String leaf(CFStringCreateWithCharacters(nullptr, name.unicode, name.length));
   if (!leaf) return Url();
   leaf = FormD(std::move(leaf));
@@ -124,14 +123,12 @@ FILE* OpenPath(const rbPath& path, const char* mode) {
 
 }  // namespace
 
-FILE* OpenCFILE(REALfolderItemStruct* item, const char* mode) {
-  if (!item) return nullptr;
+BufferedFile OpenCFILE(REALfolderItemStruct* item, const char* mode) {
+  if (!item) return BufferedFile();
   rbPath path;
   path.item = FolderItemRef::Share(item);
   Url url = UrlOfExistingItem(item);
   if (!url) url = UrlOfNewItem(item);
-  if (!url || !FindPath(url, path)) return nullptr;
-  FILE* file = OpenPath(path, mode);
-  if (file) std::setvbuf(file, nullptr, _IOFBF, kStreamBuffer);
-  return file;
+  if (!url || !FindPath(url, path)) return BufferedFile();
+  return BufferedFile(OpenPath(path, mode));
 }

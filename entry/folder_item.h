@@ -2,10 +2,9 @@
 
 // Opens the file that a host FolderItem names.
 
-#include <cstdio>
-
 #include "bridge/host_records.h"
+#include "entry/buffered_file.h"
 
-// A stdio stream with a buffer of 1 MiB, closed by the caller; null when the item is null, has no path, or `fopen`
-// fails. `mode` goes to `fopen` unchanged. The item may name a file that does not exist yet.
-FILE* OpenCFILE(REALfolderItemStruct* item, const char* mode);
+// A stream with a buffer of 1 MiB; empty when the item is null, has no path, or `fopen` fails. `mode` goes to `fopen`
+// unchanged. The item may name a file that does not exist yet.
+BufferedFile OpenCFILE(REALfolderItemStruct* item, const char* mode);

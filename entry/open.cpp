@@ -1,14 +1,12 @@
 #include "entry/open.h"
 
 #include <cstring>
-#include <memory>
-#include <new>
 
-#include "bridge/host_values.h"
+#include "bridge/strings.h"
 #include "classes/document_class.h"
 #include "codec/reader.h"
+#include "entry/document_holder.h"
 #include "entry/folder_item.h"
-#include "entry/holders.h"
 
 namespace {
 
@@ -34,13 +32,10 @@ REALobjectStruct* InstanceOwning(DocumentHolder gif) {
 }  // namespace
 
 REALobjectStruct* OpenGIFfile1(REALfolderItemStruct* item) {
-  // Outlives the stream. Some C libraries take no size for a buffer that they make themselves.
-  const std::unique_ptr<char[]> buffer(new (std::nothrow) char[kReadBuffer]);
-  FileHolder file(OpenCFILE(item, "rb"));
+  BufferedFile file = OpenCFILE(item, "rb");
   if (!file) return nullptr;
-  if (buffer) std::setvbuf(file.get(), buffer.get(), _IOFBF, kReadBuffer);
   DocumentHolder gif = ReadDocument({nullptr, 0, 0, file.get()});
-  file.reset();
+  file.Close();
   return InstanceOwning(std::move(gif));
 }
 

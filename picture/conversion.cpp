@@ -9,8 +9,8 @@
 #include "picture/picture_editor.h"
 #include "picture/row_renderer.h"
 
-long long LastWidth = 0;
-long long LastHeight = 0;
+thread_local long long LastWidth = 0;
+thread_local long long LastHeight = 0;
 
 namespace {
 
@@ -54,17 +54,16 @@ REALpictureStruct* Render(PictureWriter& writer, const GifPicture& picture, cons
 }
 
 // True when the host's own drawing put the mask in place.
-bool DrawInto(REALpictureStruct* target, REALpictureStruct* mask, long long width, long long height) {
-  auto graphics = ObjectRef::Adopt(REALGetPictureGraphics(target));
+bool DrawInto(REALobjectStruct* graphics, REALpictureStruct* mask, long long width, long long height) {
   if (!graphics) return false;
   void* draw =
-      REALLoadObjectMethod(graphics.get(),
+      REALLoadObjectMethod(graphics,
                            "DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
                            "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)");
   if (!draw) return false;
   using DrawPicture = void (*)(REALobjectStruct*, REALpictureStruct*, int64_t, int64_t, int64_t, int64_t, int64_t,
                                int64_t, int64_t, int64_t);
-  reinterpret_cast<DrawPicture>(draw)(graphics.get(), mask, 0, 0, width, height, 0, 0, width, height);
+  reinterpret_cast<DrawPicture>(draw)(graphics, mask, 0, 0, width, height, 0, 0, width, height);
   return true;
 }
 
@@ -83,7 +82,7 @@ void CopyInto(REALpictureStruct* target, REALpictureStruct* mask) {
     const LockedDescription from(mask, kPictureKindGDImage);
     if (!from) return;
     const LockedDescription to(target, kPictureKindGDImage);
-    if (to) CopyRows(from.platform_object<gdImage>(), to.platform_object<gdImage>());
+    if (to) CopyRows(from.platform_object<const gdImage>(), to.platform_object<const gdImage>());
   }
   REALPictureClearCache(target);
 }
@@ -124,7 +123,8 @@ void AddPictureMask(REALpictureStruct* picture, REALpictureStruct* mask, long lo
   if (!picture || !mask || width < 1 || height < 1) return;
   auto target = PictureRef::Adopt(REALGetPictureMask(picture, 1));
   if (!target) return;
-  if (!DrawInto(target.get(), mask, width, height)) CopyInto(target.get(), mask);
+  const auto graphics = ObjectRef::Adopt(REALGetPictureGraphics(target.get()));
+  if (!DrawInto(graphics.get(), mask, width, height)) CopyInto(target.get(), mask);
 }
 
 int FindTransparentIndex(Gif* gif, GifPicture* picture) {

@@ -5,9 +5,9 @@
 #include "bridge/host_records.h"
 #include "codec/document.h"
 
-// The size of the image that `MakePictureFromGifPicture` last accepted, in pixels; 0 before.
-extern long long LastWidth;
-extern long long LastHeight;
+// The size of the image that `MakePictureFromGifPicture` last accepted on this thread, in pixels; 0 before.
+extern thread_local long long LastWidth;
+extern thread_local long long LastHeight;
 
 // A new 32-bit picture of the image's size, coloured through its own palette or else the document's global
 // one. The caller owns the one reference. Null when there is no image, no palette with entries, or the host

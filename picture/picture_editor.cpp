@@ -4,13 +4,14 @@
 
 #include <algorithm>
 #include <cstring>
+#include <utility>
 
 #include "bridge/host_reference.h"
 #include "picture/row_renderer.h"
 #include "platform/core_graphics.h"
 
-bool IsDesktop = false;
-bool IsConsole = false;
+std::atomic<bool> IsDesktop = false;
+std::atomic<bool> IsConsole = false;
 
 namespace {
 
@@ -23,14 +24,14 @@ bool IsWritable(CGContextRef context) {
   const uint32_t alpha_info = CGBitmapContextGetAlphaInfo(context) % 8;
   return alpha_info != kCGImageAlphaNone && alpha_info != kCGImageAlphaOnly &&
          CGBitmapContextGetBitsPerPixel(context) == kDepth && CGBitmapContextGetData(context) &&
+         CGBitmapContextGetHeight(context) >= 1 &&
          CGBitmapContextGetBytesPerRow(context) / 4 >= CGBitmapContextGetWidth(context);
 }
 
-// A true-colour image that has all the rows that its description promises.
-bool IsWritable(const gdImage* image, const REALpictureDescription& description) {
+// A true-colour image that is at least as large as its description says.
+bool IsWritable(const gdImage* image, const LockedDescription& description) {
   if (image->pixels || !image->tpixels || !image->trueColor) return false;
-  if (description.height < 1 || description.width > image->sx || description.height > image->sy) return false;
-  return std::none_of(image->tpixels, image->tpixels + description.height, [](int* row) { return row == nullptr; });
+  return description.height() >= 1 && description.width() <= image->sx && description.height() <= image->sy;
 }
 
 // Hosts tell what they are by the application class that they have.
@@ -55,14 +56,12 @@ bool IsPixelPicture(REALpictureStruct* picture) {
 PictureEditor::~PictureEditor() { ReleasePicture(); }
 
 bool PictureEditor::GetPictureEditorCGBitmapContext(REALpictureStruct* picture, bool, bool, bool) {
-  if (!REALLockPictureDescription(picture, &description_, kPictureKindCGBitmapContext)) return false;
+  LockedDescription description(picture, kPictureKindCGBitmapContext);
+  if (!description) return false;
   IsDesktop = true;
-  auto context = static_cast<CGContextRef>(description_.platform_object);
-  if (description_.kind != kPictureKindCGBitmapContext || !context || !IsWritable(context)) {
-    REALUnlockPictureDescription(picture);
-    return false;
-  }
-  Hold(picture);
+  CGContextRef context = description.platform_object<CGContext>();
+  if (!context || !IsWritable(context)) return false;
+  Hold(picture, std::move(description));
   pixel_format_ = static_cast<int32_t>(CGBitmapContextGetAlphaInfo(context) % 8);
   row_stride_ = static_cast<int64_t>(CGBitmapContextGetBytesPerRow(context));
   width_ = static_cast<int64_t>(CGBitmapContextGetWidth(context));
@@ -74,30 +73,25 @@ bool PictureEditor::GetPictureEditorCGBitmapContext(REALpictureStruct* picture, 
 }
 
 bool PictureEditor::GetPictureEditorGDImagePtr(REALpictureStruct* picture, bool, bool) {
-  if (!REALLockPictureDescription(picture, &description_, kPictureKindGDImage)) return false;
+  LockedDescription description(picture, kPictureKindGDImage);
+  if (!description) return false;
   IsConsole = true;
-  auto* image = static_cast<gdImage*>(description_.platform_object);
-  if (description_.kind != kPictureKindGDImage || !image || !IsWritable(image, description_)) {
-    REALUnlockPictureDescription(picture);
-    return false;
-  }
-  Hold(picture);
+  const auto* image = description.platform_object<gdImage>();
+  if (!image || !IsWritable(image, description)) return false;
+  Hold(picture, std::move(description));
   pixel_format_ = kGDPixelFormat;
-  width_ = description_.width;
-  height_ = description_.height;
+  width_ = description_.width();
+  height_ = description_.height();
   row_table_ = image->tpixels;
   first_row_ = reinterpret_cast<uint8_t*>(row_table_[0]);
   cursor_ = first_row_;
   return true;
 }
 
-// The new reference comes before the old one goes: they may be the same picture's.
-void PictureEditor::Hold(REALpictureStruct* picture) {
-  REALLockObject(AsObject(picture));
-  if (picture_) REALUnlockObject(AsObject(picture_));
-  picture_ = picture;
+void PictureEditor::Hold(REALpictureStruct* picture, LockedDescription description) {
+  picture_ = PictureRef::Share(picture);
+  description_ = std::move(description);
   row_index_ = 0;
-  description_locked_ = true;
 }
 
 uint32_t PictureEditor::PixelOf(uint8_t red, uint8_t green, uint8_t blue) const {
@@ -137,20 +131,16 @@ void PictureEditor::NextRow() {
 }
 
 REALpictureStruct* PictureEditor::RenderPictureWriter() {
-  REALpictureStruct* rendered = picture_;
-  if (rendered) {
-    REALLockObject(AsObject(rendered));
-    REALPictureClearCache(rendered);
-  }
+  PictureRef rendered = picture_;
+  if (rendered) REALPictureClearCache(rendered.get());
   ReleasePicture();
-  return rendered;
+  return rendered.Detach();
 }
 
 void PictureEditor::ReleasePicture() {
-  if (description_locked_ && picture_) REALUnlockPictureDescription(picture_);
-  description_locked_ = false;
-  if (clear_cache_ && picture_) REALPictureClearCache(picture_);
-  ClearField(picture_);
+  description_ = LockedDescription();
+  if (clear_cache_ && picture_) REALPictureClearCache(picture_.get());
+  picture_ = PictureRef();
 }
 
 bool PictureWriter::NewPictureWriter(long long width, long long height) {
@@ -163,9 +153,17 @@ bool PictureWriter::NewPictureWriter(long long width, long long height) {
   // Where no reference can be taken, giving up the first one would take the picture away under the editor.
   if (!REALLockObject) return false;
   if (!IsPixelPicture(picture.get()) || !OpenPixels(picture.get())) return false;
-  if (width_ >= width && height_ >= height) return true;
-  ReleasePicture();  // the host's bitmap is smaller than what was asked for: rows would not fit
+  if (HoldsRows(width, height)) return true;
+  ReleasePicture();
   return false;
+}
+
+// Whether rows of `width` pixels can be written, one after the other; where the host's bitmap has fewer than `height`
+// of them, those behind its last one go to its first.
+bool PictureWriter::HoldsRows(int64_t width, int64_t height) const {
+  if (width_ < width) return false;
+  const auto used = std::min(height, height_);
+  return !row_table_ || std::none_of(row_table_, row_table_ + used, [](const int* row) { return row == nullptr; });
 }
 
 bool PictureWriter::OpenPixels(REALpictureStruct* picture) {

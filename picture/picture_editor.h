@@ -14,15 +14,17 @@
 // An editor is empty, or holds one picture: a reference on it and the lock on its description. Both are given
 // back when the picture is rendered or released, at the latest by the destructor.
 
+#include <atomic>
 #include <cstdint>
 
-#include "bridge/host_records.h"
+#include "bridge/host_reference.h"
+#include "picture/locked_description.h"
 
 class RowRenderer;
 
 // Which kind of pixels this host has; false until found out, then true for the life of the process.
-extern bool IsDesktop;
-extern bool IsConsole;
+extern std::atomic<bool> IsDesktop;
+extern std::atomic<bool> IsConsole;
 
 class PictureEditor {
  public:
@@ -58,20 +60,20 @@ class PictureEditor {
   void ReleasePicture();
 
  protected:
-  void Hold(REALpictureStruct* picture);
+  // Takes over the lock and shares the picture.
+  void Hold(REALpictureStruct* picture, LockedDescription description);
 
   int64_t row_stride_ = 0;     // bytes from one row's start to the next one's, in a bitmap context
   int64_t width_ = 0;          // pixels
   int64_t height_ = 0;         // pixels
   int32_t pixel_format_ = 0;   // a context's alpha info, 1 to 6, or kGDPixelFormat; 0 before the first opening
   uint8_t* cursor_ = nullptr;  // the pixel that is written next; rows need not be aligned
-  REALpictureDescription description_ = {};
   uint8_t* first_row_ = nullptr;
   int64_t row_index_ = 0;
-  REALpictureStruct* picture_ = nullptr;  // holds one reference
-  int** row_table_ = nullptr;             // a libgd image's rows, else null
-  bool clear_cache_ = false;              // tell the host on release that the pixels changed
-  bool description_locked_ = false;
+  int** row_table_ = nullptr;  // a libgd image's rows, else null
+  bool clear_cache_ = false;   // tell the host on release that the pixels changed
+  PictureRef picture_;
+  LockedDescription description_;  // behind the picture, which it must not outlive
 
   static constexpr int32_t kGDPixelFormat = 8;
 };
@@ -86,4 +88,5 @@ class PictureWriter : public PictureEditor {
 
  private:
   bool OpenPixels(REALpictureStruct* picture);
+  bool HoldsRows(int64_t width, int64_t height) const;
 };

@@ -1,4 +1,3 @@
-#include "bridge/host_values.h"
 
 #include <cstring>
 #include <new>
@@ -8,6 +7,9 @@
 #include <vector>
 
 #include "bridge/exceptions.h"
+#include "bridge/memory_blocks.h"
+#include "bridge/strings.h"
+#include "bridge/unicode_strings.h"
 #include "host/core/encoding.h"
 #include "host/host/exception.h"
 #include "host/host/memory_block.h"

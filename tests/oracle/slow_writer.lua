@@ -114,6 +114,7 @@ local function extension(from)
   return text .. "\0"
 end
 
+-- Null for what is not saved: an image of negative size.
 function writer.write(gif)
   local header = "GIF87a"
   if gif.Header then
@@ -128,6 +129,8 @@ function writer.write(gif)
       .. byte(screen.Aspect) .. colours(screen)
   for i = 1, gif.Blocks and gif.Blocks.n or 0 do
     local block = gif.Blocks[i]
+    local picture = block and block.Picture
+    if picture and (low32(picture.Width) < 0 or low32(picture.Height) < 0) then return nil end
     if block then
       text = text .. byte(block.Intro) .. (block.Picture and image(block.Picture, screen) or "")
           .. (block.Extension and extension(block.Extension) or "")

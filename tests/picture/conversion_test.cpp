@@ -132,7 +132,7 @@ TEST(Conversion, LooksForTheTransparentIndexThroughGaps) {
 }
 
 TEST(Conversion, TrustsOnlyWhatFits) {
-  static int* rows[4] = {};
+  static int *rows[4] = {}, *some[4] = {};
   static uint8_t* palette_rows[4] = {};
   constexpr PictureKind kContexts = PictureKind::kDesktop, kImages = PictureKind::kConsole;
   const struct {
@@ -148,13 +148,16 @@ TEST(Conversion, TrustsOnlyWhatFits) {
       {"short rows", kContexts, [](auto& d) { Context(d).bytes_per_row = 11; }},
       {"overflowing rows", kContexts, [](auto& d) { Context(d).width = SIZE_MAX / 4 + 1; }},
       {"narrower context", kContexts, [](auto& d) { Context(d).width = 2; }},
-      {"lower context", kContexts, [](auto& d) { Context(d).height = 3; }},
+      {"lower context", kContexts, [](auto& d) { Context(d).height = 3; }, true},
+      {"context without rows", kContexts, [](auto& d) { Context(d).height = 0; }},
       {"image of another kind", kImages, [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
       {"no image", kImages, [](auto& d) { d.platform_object = nullptr; }},
       {"palette image", kImages, [](auto& d) { Image(d).pixels = palette_rows; }},
       {"not true colour", kImages, [](auto& d) { Image(d).trueColor = 0; }},
       {"no rows", kImages, [](auto& d) { Image(d).tpixels = nullptr; }},
       {"rows missing", kImages, [](auto& d) { Image(d).tpixels = rows; }},
+      {"a row missing behind those in use", kImages,
+       [](auto& d) { std::copy_n(Image(d).tpixels, d.height = 3, some), Image(d).tpixels = some; }, true},
       {"image narrower than described", kImages, [](auto& d) { --Image(d).sx; }},
       {"empty description", kImages, [](auto& d) { d.height = 0; }},
   };

@@ -110,6 +110,13 @@ function support.take_file(path)
   return bytes
 end
 
+-- Saving is refused, and the file not made.
+function support.expect_not_saved(what, gif)
+  local path = support.new_path()
+  support.expect(what .. " saved", FolderItem(path):SaveAsGIFZKV(gif), false)
+  support.expect(what .. " touched", io.open(path), nil)
+end
+
 -- What a document is saved as.
 function support.saved(gif)
   local path = support.new_path()
