@@ -8,7 +8,6 @@
 #include <vector>
 
 #include "bridge/exceptions.h"
-#include "host/core/encoding.h"
 #include "host/host/exception.h"
 #include "host/host/memory_block.h"
 #include "tests/support/lending.h"
@@ -125,23 +124,6 @@ TEST(HostValues, WideTextBecomesUtf8ThroughTheHost) {
     const auto made = StringRef::Adopt(REALBuildUnicodeString(row.bytes.data(), std::ssize(row.bytes), row.encoding));
     EXPECT_EQ(host.call_count("REALBuildStringWithEncoding").called - before, row.version >= 2012.0);
     EXPECT_EQ(host.heap().Find<host::String>(made.get())->bytes(), row.converted);
-  }
-}
-
-TEST(HostValues, TheHostMarksWhatCannotBeConverted) {
-  const struct {
-    std::string bytes;
-    TextEncoding from, to;
-    std::string converted;
-  } rows[] = {
-      {"\x8E", kEncodingMacRoman, kEncodingUtf8, "\xC3\xA9"},
-      {"\xF0\x9F\x98\x80", kEncodingUtf8, kEncodingUtf16, BytesOf<uint16_t>({0xD83D, 0xDE00})},
-      {BytesOf<uint16_t>({0xD83D, 'z'}) + "y", kEncodingUtf16, kEncodingUtf8, "?z?"},  // half a pair, half a unit
-      {"\xFFz", kEncodingUnknown, kEncodingUtf8, "\xFFz"},
-      {std::string(10000, '\x81'), kEncodingWindowsLatin1, kEncodingUtf8, std::string(10000, '?')}};
-  for (const auto& row : rows) EXPECT_EQ(host::ConvertEncoding(row.bytes, row.from, row.to), row.converted);
-  for (const std::string bytes : {"", "\xF0\x9F\x98\x80", "GIF89a\xFF", "\xC3"}) {
-    EXPECT_EQ(host::IsUtf8(bytes), bytes.size() % 4 == 0) << bytes;
   }
 }
 
