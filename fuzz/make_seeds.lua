@@ -2,7 +2,7 @@
 --
 --   gifhost fuzz/make_seeds.lua fuzz/corpus
 
-local documents = dofile(arg[0]:gsub("[^/]*$", "") .. "../tests/scripts/support/documents.lua")
+local documents = dofile(arg[0]:gsub("[^/]*$", "") .. "../tests/support/documents.lua")
 
 local function write(name, bytes)
   local file = assert(io.open(arg[1] .. "/" .. name, "wb"))

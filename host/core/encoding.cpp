@@ -80,9 +80,10 @@ std::string ConvertEncoding(std::string_view bytes, uint32_t from, uint32_t to) 
 }
 
 bool IsUtf8(std::string_view bytes) {
-  const Encoding& utf8 = *FindEncoding(kEncodingUtf8);
+  // UTF-16 has no place for what lies beyond the last character; UTF-8's own converter lets it pass.
+  const Encoding &utf8 = *FindEncoding(kEncodingUtf8), &utf16 = *FindEncoding(kEncodingUtf16);
   std::string ignored;
-  return Convert(bytes, utf8, utf8, ignored, [](std::string&) { return false; });
+  return Convert(bytes, utf8, utf16, ignored, [](std::string&) { return false; });
 }
 
 }  // namespace host

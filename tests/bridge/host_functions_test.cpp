@@ -12,10 +12,12 @@ TEST(HostFunctionTable, OneRuleAsksOnceTheOtherUntilFound) {
   StartLending();
   HostFunction<int32_t(int32_t)> once{"Seven"};
   HostFunctionUntilFound<int32_t(int32_t)> until_found{"Seven"};
-  EXPECT_EQ(once(1) + once(1), 0);
+  EXPECT_EQ(once(1), 0);
+  EXPECT_EQ(once(1), 0);
   EXPECT_FALSE(once);
   EXPECT_EQ(asked["Seven"], 1);
-  EXPECT_EQ(until_found(1) + until_found(1), 0);
+  EXPECT_EQ(until_found(1), 0);
+  EXPECT_EQ(until_found(1), 0);
   EXPECT_EQ(asked["Seven"], 3);
 
   Lend("Seven", Seven);

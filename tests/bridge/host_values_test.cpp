@@ -130,23 +130,6 @@ TEST(HostValues, WideTextBecomesUtf8ThroughTheHost) {
   }
 }
 
-TEST(HostValues, TheHostMarksWhatCannotBeConverted) {
-  const struct {
-    std::string bytes;
-    TextEncoding from, to;
-    std::string converted;
-  } rows[] = {
-      {"\x8E", kEncodingMacRoman, kEncodingUtf8, "\xC3\xA9"},
-      {"\xF0\x9F\x98\x80", kEncodingUtf8, kEncodingUtf16, BytesOf<uint16_t>({0xD83D, 0xDE00})},
-      {BytesOf<uint16_t>({0xD83D, 'z'}) + "y", kEncodingUtf16, kEncodingUtf8, "?z?"},  // half a pair, half a unit
-      {"\xFFz", kEncodingUnknown, kEncodingUtf8, "\xFFz"},
-      {std::string(10000, '\x81'), kEncodingWindowsLatin1, kEncodingUtf8, std::string(10000, '?')}};
-  for (const auto& row : rows) EXPECT_EQ(host::ConvertEncoding(row.bytes, row.from, row.to), row.converted);
-  for (const std::string bytes : {"", "\xF0\x9F\x98\x80", "GIF89a\xFF", "\xC3"}) {
-    EXPECT_EQ(host::IsUtf8(bytes), bytes.size() % 4 == 0) << bytes;
-  }
-}
-
 TEST(HostValues, MemoryBlocksAreCopiesOrExceptions) {
   ValueHost host({.without = {"PluginCallFunctionWithExceptionHandler"}, .largest_block = 999});
   EXPECT_EQ(REALBuildMemoryblock("bytes", 0), nullptr);

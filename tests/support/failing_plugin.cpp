@@ -4,7 +4,8 @@
 //   local reached = fail(n)  -- the n-th allocation from now on fails, once; fail(n, true): and all after it
 //   reached()                -- whether it did; from now on none fails
 //
-// Before scripts run, the environment's FAIL_ALLOCATION says which fails.
+// Before scripts run, the environment's FAIL_ALLOCATION says which fails; "AllocationFailedByScript" is its
+// `reached`.
 
 #include <cstdio>
 #include <cstdlib>
@@ -30,7 +31,7 @@ static bool RefuseAllocation() {
   return allocations == failing_allocation || (fails_for_good && AllocationFailed());
 }
 
-static int Reached(lua_State* lua) {
+extern "C" __attribute__((visibility("default"))) int AllocationFailedByScript(lua_State* lua) {
   lua_pushboolean(lua, AllocationFailed() ? 1 : 0);
   FailAllocation(0);
   return 1;
@@ -38,7 +39,7 @@ static int Reached(lua_State* lua) {
 
 extern "C" __attribute__((visibility("default"))) int FailAllocationByScript(lua_State* lua) {
   FailAllocation(luaL_checkinteger(lua, 1), lua_toboolean(lua, 2) != 0);
-  lua_pushcfunction(lua, Reached);
+  lua_pushcfunction(lua, AllocationFailedByScript);
   return 1;
 }
 

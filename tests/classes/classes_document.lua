@@ -1,6 +1,6 @@
 -- GIFZKV, and what all classes share: modes, identity, lifetimes.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 
 -- A new document is empty.
 local new = GIFZKV()

@@ -4,7 +4,7 @@
 --   gifhost lifetimes.lua SCRATCH_FILE [SEED [STEPS]]
 
 local folder = arg[0]:gsub("[^/]*$", "")
-local documents = dofile(folder .. "support/documents.lua")
+local documents = dofile(folder .. "../support/documents.lua")
 local path, seed, steps = arg[1], math.tointeger(arg[2] or 1), math.tointeger(arg[3] or 3000)
 math.randomseed(seed)
 

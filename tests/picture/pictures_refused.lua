@@ -1,6 +1,6 @@
 -- On a host whose pictures cannot be written to: nil from every member that returns a picture, and nothing left over.
 
-local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "support/make_gif.lua")
+local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "../support/make_gif.lua")
 
 local bytes = make_gif(2, 1, { 0, 0xFFFFFF }, { width = 2, height = 1, pixels = "\0\1" })
 local gif = GifStringToGifZKV(bytes)

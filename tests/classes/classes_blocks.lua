@@ -1,6 +1,6 @@
 -- GifBlockZKV, GifExtensionZKV and GifDataZKV.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 local opened = t.open()
 
 -- Blocks

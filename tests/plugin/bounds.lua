@@ -3,7 +3,7 @@
 --   gifhost bounds.lua [NUMBER]   -- one of the cases below; without a number, the budget's edge and pipes
 
 local here = arg[0]:gsub("[^/]*$", "")
-local t, examples = dofile(here .. "support.lua"), dofile(here .. "support/examples.lua")
+local t, examples = dofile(here .. "../support/support.lua"), dofile(here .. "../support/examples.lua")
 local processes = require "processes"
 
 local kScreen, kMiB = "GIF89a\1\0\1\0\0\0\0", 1 << 20

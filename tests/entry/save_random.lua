@@ -1,6 +1,6 @@
 -- Random free-standing trees, in and out of range, are saved as the slow writer says.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 local oracle = dofile((arg[0]:gsub("[^/]*$", "../oracle/slow_writer.lua")))
 local kTrees, kImages = tonumber(arg[1]) or 1000, tonumber(arg[2]) or 10000
 math.randomseed(20, 26)

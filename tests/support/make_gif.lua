@@ -4,7 +4,7 @@
 -- an image { width =, height =, pixels = indexes in display order, palette =, interlaced = }, coded so that it can have
 -- any index.
 
-local writer = dofile(debug.getinfo(1, "S").source:match("@(.*/)") .. "../../oracle/slow_writer.lua")
+local writer = dofile(debug.getinfo(1, "S").source:match("@(.*/)") .. "../oracle/slow_writer.lua")
 
 local function with_table(fields, palette)
   if palette then

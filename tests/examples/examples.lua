@@ -1,8 +1,8 @@
 -- The example scripts: their command lines, what they print of odd and damaged files, what they write.
 
 local here = arg[0]:gsub("[^/]*$", "")
-local t = dofile(here .. "support.lua")
-local examples = dofile(here .. "support/examples.lua")
+local t = dofile(here .. "../support/support.lua")
+local examples = dofile(here .. "../support/examples.lua")
 local run = examples.run
 
 local function extension(label, ...)

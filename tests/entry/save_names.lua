@@ -1,6 +1,6 @@
 -- Which file a FolderItem names, on a file system that tells composed and decomposed accents apart.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 
 local kComposed, kDecomposed = "\u{FC}", "u\u{308}"
 local kOdd = "odd\xFF\xC3(" -- not UTF-8

@@ -6,7 +6,7 @@
 -- Without files: small documents. STEP: only each so many-th byte.
 
 local folder = arg[0]:gsub("[^/]*$", "")
-local session = dofile(folder .. "support/session.lua")
+local session = dofile(folder .. "../support/session.lua")
 local path, step = arg[1], math.tointeger(arg[2] or 1)
 local kLongest_s = 10
 
@@ -16,7 +16,7 @@ for i = 3, #arg do
   samples[#samples + 1] = file:read("a")
   file:close()
 end
-if #samples == 0 then samples = dofile(folder .. "support/documents.lua") end
+if #samples == 0 then samples = dofile(folder .. "../support/documents.lua") end
 
 -- The same for equal parts, in whatever order they are met.
 local function checksum(value, where)

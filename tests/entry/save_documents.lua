@@ -1,6 +1,6 @@
 -- Saving what scripts have opened or built, byte for byte. Leaks and references given up too often stop the host.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 
 local function hex(bytes)
   return bytes and (bytes:gsub(".", function(c) return ("%02X"):format(c:byte()) end))

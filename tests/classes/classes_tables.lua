@@ -1,6 +1,6 @@
 -- GifScreenZKV and GifPaletteZKV.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 local opened = t.open()
 
 -- Screens

@@ -1,7 +1,7 @@
 -- The first image's picture and mask, by the document's methods and straight from bytes. The argument "lost" says that
 -- this host can put no mask in place, "none" that it makes none.
 
-local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "support/make_gif.lua")
+local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "../support/make_gif.lua")
 local kMask = arg[1]
 
 local palette = { 0x102030, 0x405060, 0x708090, 0xA0B0C0 }

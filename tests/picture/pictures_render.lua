@@ -1,6 +1,6 @@
 -- Pictures and masks of images, pixel by pixel, on whatever kind of host this runs.
 
-local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "support/make_gif.lua")
+local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "../support/make_gif.lua")
 
 local function palette(count, seed)
   local colours = {}

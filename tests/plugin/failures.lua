@@ -6,10 +6,10 @@
 -- With FAILING_PLUGIN, a plugin whose allocations fail on demand, the allocations; else the host's functions.
 
 local folder = arg[0]:gsub("[^/]*$", "")
-local session = dofile(folder .. "support/session.lua")
+local session = dofile(folder .. "../support/session.lua")
 local path, failing_plugin = ...
 
-local documents = dofile(folder .. "support/documents.lua")
+local documents = dofile(folder .. "../support/documents.lua")
 
 -- Runs the session with the n-th of something failing, for each n until all of them succeed.
 local function sweep(what, bytes, fail)

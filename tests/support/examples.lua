@@ -1,6 +1,6 @@
 -- Runs the example scripts as people do: each in a process of its own.
 
-local here = arg[0]:gsub("[^/]*$", "")
+local here = debug.getinfo(1, "S").source:match("@(.*/)")
 local sources = here .. "../../examples/"
 package.path = sources .. "lib/?.lua;" .. package.path
 local processes = require "processes"

@@ -4,8 +4,8 @@
 --   gifhost --without NAME missing.lua SCRATCH_FILE EXPECTED_FILE
 
 local folder = arg[0]:gsub("[^/]*$", "")
-local session = dofile(folder .. "support/session.lua")
-local documents = dofile(folder .. "support/documents.lua")
+local session = dofile(folder .. "../support/session.lua")
+local documents = dofile(folder .. "../support/documents.lua")
 local path, expected_file, writes = ...
 
 local function write(file, value)

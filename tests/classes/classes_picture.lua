@@ -1,6 +1,6 @@
 -- GifPictureZKV.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 local opened = t.open()
 local kBytes = "\0\1\2\3\4\5\6\7"
 

@@ -1,7 +1,7 @@
 -- The host: its commands that show what is registered, what it says of mistakes in scripts, and that it finds each rule
 -- that a plugin breaks. Arguments: the host's program, the sample plugin.
 
-local t = dofile((arg[0]:gsub("[^/]*$", "support.lua")))
+local t = dofile((arg[0]:gsub("[^/]*$", "../../support/support.lua")))
 
 local function run(command)
   local pipe = assert(io.popen(('"%s" %s 2>&1'):format(arg[1], command)))
@@ -10,7 +10,7 @@ local function run(command)
   return output, status
 end
 
-local page <close> = io.open((arg[0]:gsub("tests/[^/]*/[^/]*$", "docs/gifhost.1")))
+local page <close> = io.open((arg[0]:gsub("tests/host/program/[^/]*$", "docs/gifhost.1")))
 local manual = page:read("a"):gsub("\\%-", "-")
 for option in run("--help"):gmatch("%-%-?%a[%a-]*") do assert(manual:find(option, 1, true), option .. " is not in the manual") end
 

@@ -1,7 +1,7 @@
 -- The pages of docs/: their snippets run, and what they say about classes and bytes is so.
 
 local here = arg[0]:gsub("[^/]*$", "")
-local t = dofile(here .. "support.lua")
+local t = dofile(here .. "../support/support.lua")
 
 local function read(name)
   local file <close> = assert(io.open("docs/" .. name))
