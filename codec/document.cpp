@@ -3,7 +3,62 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "codec/building.h"
+#include "codec/memory.h"
+
+GifPalette* NewPalette(int32_t count) {
+  GifPalette* palette = NewRecord<GifPalette>();
+  if (!palette || count < 1) return palette;
+  palette->colours = NewRecord<Colour>(static_cast<size_t>(count));
+  if (!palette->colours) {
+    std::free(palette);
+    return nullptr;
+  }
+  palette->count = count;
+  return palette;
+}
+
+void DeletePalette(GifPalette* palette) {
+  if (!palette) return;
+  std::free(palette->colours);
+  std::free(palette);
+}
+
+GifPicture* NewPicture() {
+  GifPicture* picture = NewRecord<GifPicture>();
+  if (!picture) return nullptr;
+  picture->cmap = NewPalette(0);
+  if (picture->cmap) return picture;
+  std::free(picture);
+  return nullptr;
+}
+
+void DeletePicture(GifPicture* picture) {
+  if (!picture) return;
+  DeletePalette(picture->cmap);
+  std::free(picture->pixels);
+  std::free(picture->data);
+  std::free(picture);
+}
+
+void DeleteGifData(GifData* data) {
+  if (!data) return;
+  std::free(data->bytes);
+  std::free(data);
+}
+
+void DeleteBlocks(Gif* gif) {
+  for (int32_t i = 0; gif->blocks && i < gif->count; ++i) DeleteGifBlock(gif->blocks[i]);
+  std::free(gif->blocks);
+  gif->blocks = nullptr;
+  gif->count = 0;
+}
+
+void DeleteSubBlocks(GifExtension* extension) {
+  for (int32_t i = 0; extension->data && i < extension->count; ++i) DeleteGifData(extension->data[i]);
+  std::free(extension->data);
+  extension->data = nullptr;
+  extension->count = 0;
+}
 
 Gif* NewGif() {
   Gif* gif = NewRecord<Gif>();

@@ -3,10 +3,9 @@
 // A GIF document in memory: a tree of plain records, one `Gif` at its root.
 //
 // Every record, array and row is zero-filled when it is made and has exactly one owner; pointers own what they name.
-// A null array goes with a count of 0. The whole tree is released by `DeleteGif`, a single block by
-// `DeleteGifBlock`; both accept trees built only in part. Bit fields of the descriptors are unpacked into plain
-// integers, so that a document read and written again keeps its values. Sections are those of the GIF89a
-// definition.
+// A null array goes with a count of 0. The whole tree is released by `DeleteGif`; trees built only in part are
+// accepted as well. Bit fields of the descriptors are unpacked into plain integers, so that a document read and
+// written again keeps its values. Sections are those of the GIF89a definition.
 
 #include <cstddef>
 #include <cstdint>
@@ -85,13 +84,25 @@ struct Gif {
   GifBlock** blocks;  // in file order
 };
 
-constexpr int32_t kImageIntroducer = 0x2C;
-constexpr int32_t kExtensionIntroducer = 0x21;
-constexpr int32_t kTrailer = 0x3B;
+// Every `New...` gives null without memory; every `Delete...` accepts null.
 
-// An empty document: header "GIF87a", a screen of zeros with an empty palette, no blocks. Null without memory.
+// An empty document: header "GIF87a", a screen of zeros with an empty palette, no blocks.
 Gif* NewGif();
-
-// Release a whole document, or one block that is in none. Null is accepted.
 void DeleteGif(Gif* gif);
+
+// A block that is in no document.
 void DeleteGifBlock(GifBlock* block);
+
+// A palette of `count` zero entries; without an array when `count` is below 1.
+GifPalette* NewPalette(int32_t count);
+void DeletePalette(GifPalette* palette);
+
+// A picture of zeros with an empty palette and no rows.
+GifPicture* NewPicture();
+void DeletePicture(GifPicture* picture);
+
+void DeleteGifData(GifData* data);
+
+// Release what a list holds and the list itself, leaving a count of 0.
+void DeleteBlocks(Gif* gif);
+void DeleteSubBlocks(GifExtension* extension);

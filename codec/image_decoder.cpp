@@ -6,7 +6,8 @@
 #include <cstring>
 #include <numeric>
 
-#include "codec/building.h"
+#include "codec/lzw_decoder.h"
+#include "codec/picture_rows.h"
 
 // In sound data the strings of the codes stand in the image one after the other, across the ends of rows, and
 // a table entry repeats what is there already: the previous string and the pixel that follows it. So an entry
@@ -92,9 +93,18 @@ struct String {
 
 inline String Entry(String string) { return {string.place, static_cast<uint16_t>(string.length + 1), string.code}; }
 
+// Where a row began: `last_code`, `stack_depth` and `stack` as the row decoder's call found them. Of `stack` there is
+// as much as that depth can bring back, with what later strings left on it.
+struct RowStart {
+  int32_t last_code;
+  int32_t stack_depth;
+  uint8_t stack[kTableSize];
+};
+
 class ImageDecoder {
  public:
-  ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, int32_t width, int32_t height, bool zeroed);
+  ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height,
+               bool zeroed);
   void Decode();
 
  private:
@@ -102,21 +112,21 @@ class ImageDecoder {
   template <bool kNearEnd>
   void DecodeBatches();
   bool DecodeOne();
-  bool FillBits();
   void Append(int32_t code, uint64_t place, uint64_t length);
+  void RestartCodes();
   void Clear();
 
-  int32_t CodesSinceClear() const { return next_ - exact_->end_code; }
+  int32_t CodesSinceClear() const { return next_ - end_code_; }
   String SinceClear(int32_t index) const;
   int32_t FirstOfRow(uint64_t row) const;
   void SaveRow();
+  GifDecoder Exact() const;
   void HandOver();
 
   MyFILE* stream_;
-  // The row decoder. Its bits and widths of codes are used here; the fields of its own (`last_code`,
-  // `stack_depth`, `stack`) are as of the last clear code; `code_count`, `suffix` and `prefix` are set when
-  // it takes over.
-  GifDecoder* exact_;
+  CodeInput* input_;
+  int32_t code_size_, clear_code_, end_code_;  // as `GifDecoder` has them
+  int32_t code_width_, width_limit_;
   uint8_t* pixels_;
   uint64_t width_;
   uint64_t total_;           // pixels of the image
@@ -124,25 +134,29 @@ class ImageDecoder {
   uint64_t done_ = 0;        // pixels decoded
   uint64_t cleared_at_ = 0;  // `done_` at the last clear code
   String latest_{};          // by the previous code
-  int32_t next_;  // the entry that the next code defines; `end_code`, standing for none, after a clear code
+  int32_t next_;  // the entry that the next code defines; `end_code_`, standing for none, after a clear code
+  RowStart row_;  // of the row in which the last clear code came
   String strings_[kTableSize];
 };
 
-static_assert(sizeof(ImageDecoder) + sizeof(GifDecoder) < 64 * 1024);  // both lie on the stack
+static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 72 * 1024);  // all lie on the stack
 
-ImageDecoder::ImageDecoder(MyFILE* stream, GifDecoder* exact, uint8_t* pixels, int32_t width, int32_t height,
-                           bool zeroed)
+ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width,
+                           int32_t height, bool zeroed)
     : stream_(stream),
-      exact_(exact),
+      input_(input),
+      code_size_(code_size),
+      clear_code_(1 << code_size),
+      end_code_(clear_code_ + 1),
       pixels_(pixels),
       width_(static_cast<uint64_t>(width)),
       total_(width_ * static_cast<uint64_t>(height)),
-      zeroed_(zeroed),
-      next_(exact->end_code) {
-  RestartCodes(exact_);
+      zeroed_(zeroed) {
+  RestartCodes();
+  row_.stack_depth = 0;
   const auto singles = static_cast<uint32_t>(total_ + kSinglesAfter);
   std::memcpy(pixels_ + singles, kSingles.data(), kSingles.size());
-  const auto clear_code = static_cast<uint32_t>(exact_->clear_code);
+  const auto clear_code = static_cast<uint32_t>(clear_code_);
   for (uint32_t code = 0; code < clear_code; ++code) strings_[code] = {singles + (code & 0xFF), 1, 0};
   strings_[clear_code] = {};
   strings_[clear_code + 1] = {};
@@ -160,8 +174,7 @@ void ImageDecoder::Decode() {
 
 // Whether there are bits for several codes of one width, and a string that the first of them makes an entry of.
 bool ImageDecoder::HasBatch() const {
-  return next_ != exact_->end_code && exact_->width_limit - next_ > kBatch &&
-         exact_->block_len - exact_->block_pos >= kLoad;
+  return next_ != end_code_ && width_limit_ - next_ > kBatch && input_->block_len - input_->block_pos >= kLoad;
 }
 
 // Several codes of one width from each load of bits. Stops before a code that is not plainly sound, near the
@@ -170,16 +183,16 @@ bool ImageDecoder::HasBatch() const {
 template <bool kNearEnd>
 void ImageDecoder::DecodeBatches() {
   // In locals, which the stores of pixels cannot change.
-  const int32_t width = exact_->code_width;
+  const int32_t width = code_width_;
   const uint64_t mask = (uint64_t{1} << width) - 1;
-  const int64_t last_next = exact_->width_limit - 1 - kBatch;
+  const int64_t last_next = width_limit_ - 1 - kBatch;
   const uint64_t total = total_;
   uint8_t* const pixels = pixels_;
   String* const strings = strings_;
-  const uint8_t* in = exact_->block + exact_->block_pos;
-  const uint8_t* const in_end = exact_->block + exact_->block_len;
-  uint64_t buffer = exact_->bit_buffer;
-  int32_t bits = exact_->bit_count;
+  const uint8_t* in = input_->block + input_->block_pos;
+  const uint8_t* const in_end = input_->block + input_->block_len;
+  uint64_t buffer = input_->bit_buffer;
+  int32_t bits = input_->bit_count;
   int64_t next = next_;
   uint64_t done = done_;
   String latest = latest_;
@@ -213,41 +226,30 @@ void ImageDecoder::DecodeBatches() {
     sound = decode() && decode() && decode() && decode();  // NOLINT(misc-redundant-expression): kBatch codes
     bits -= static_cast<int32_t>(next - first) * width;
   }
-  exact_->bit_buffer = buffer & ((uint64_t{1} << bits) - 1);
-  exact_->bit_count = bits;
-  exact_->block_pos = static_cast<int32_t>(in - exact_->block);
+  input_->bit_buffer = buffer & ((uint64_t{1} << bits) - 1);
+  input_->bit_count = bits;
+  input_->block_pos = static_cast<int32_t>(in - input_->block);
   next_ = static_cast<int32_t>(next);
   done_ = done;
   latest_ = latest;
 }
 
-// Holds enough bits for a code. False at the end of the data.
-bool ImageDecoder::FillBits() {
-  while (exact_->bit_count < exact_->code_width) {
-    if (exact_->block_pos == exact_->block_len && !GatherSubBlocks(stream_, exact_)) return false;
-    exact_->bit_buffer |= uint64_t{exact_->block[exact_->block_pos++]} << exact_->bit_count;
-    exact_->bit_count += 8;
-  }
-  return true;
-}
-
 // One code, wherever it stands. False, with nothing taken, when the row decoder must see to it.
 bool ImageDecoder::DecodeOne() {
-  if (!FillBits()) return false;
-  const int32_t width = exact_->code_width;
-  const auto code = static_cast<int32_t>(exact_->bit_buffer & ((uint64_t{1} << width) - 1));
-  if (code == exact_->clear_code) {
+  const int32_t width = code_width_;
+  if (!input_->Fill(stream_, width)) return false;
+  const int32_t code = input_->Peek(width);
+  if (code == clear_code_) {
     Clear();
   } else {
-    const bool first = next_ == exact_->end_code;
-    if (first ? code > exact_->clear_code : code > next_ || next_ == kTableSize) return false;
+    const bool first = next_ == end_code_;
+    if (first ? code > clear_code_ : code > next_ || next_ == kTableSize) return false;
     if (!first) strings_[next_] = Entry(latest_);
     const String string = strings_[code];
     if (string.length == 0) return false;
     Append(code, string.place, string.length);
   }
-  exact_->bit_buffer >>= width;
-  exact_->bit_count -= width;
+  input_->Drop(width);
   return true;
 }
 
@@ -258,15 +260,21 @@ void ImageDecoder::Append(int32_t code, uint64_t place, uint64_t length) {
   if (code == next_ && fitting == length) pixels_[done_ + length - 1] = pixels_[done_];
   latest_ = {static_cast<uint32_t>(done_), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
   done_ += fitting;
-  if (++next_ < exact_->width_limit || exact_->code_width == kMaxCodeWidth) return;
-  exact_->width_limit *= 2;
-  exact_->code_width++;
+  if (++next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
+  width_limit_ *= 2;
+  code_width_++;
+}
+
+void ImageDecoder::RestartCodes() {
+  code_width_ = code_size_ + 1;
+  width_limit_ = 1 << code_width_;
+  next_ = end_code_;
+  row_.last_code = kNoCode;
 }
 
 void ImageDecoder::Clear() {
   SaveRow();
-  RestartCodes(exact_);
-  next_ = exact_->end_code;
+  RestartCodes();
   cleared_at_ = done_;
 }
 
@@ -274,7 +282,7 @@ void ImageDecoder::Clear() {
 // entry.
 String ImageDecoder::SinceClear(int32_t index) const {
   if (index == CodesSinceClear() - 1) return latest_;
-  String string = strings_[exact_->end_code + 1 + index];
+  String string = strings_[end_code_ + 1 + index];
   string.length--;
   return string;
 }
@@ -289,54 +297,66 @@ int32_t ImageDecoder::FirstOfRow(uint64_t row) const {
   return low;
 }
 
-// Gives `exact_` the fields that the row decoder has in the middle of the present row: `last_code` and
-// `stack_depth` as the row's call found them, and as much of `stack` as that depth can bring back.
+// Brings `row_` up to the present row.
 void ImageDecoder::SaveRow() {
   const uint64_t row = done_ - done_ % width_;
   int32_t first = 0;
   if (row > cleared_at_) {
     first = FirstOfRow(row);
     const String across = SinceClear(first);
-    exact_->last_code = across.code;
-    exact_->stack_depth = static_cast<int32_t>(across.place + uint64_t{across.length} - row);
+    row_.last_code = across.code;
+    row_.stack_depth = static_cast<int32_t>(across.place + uint64_t{across.length} - row);
   }
   // Each table code pushed its string onto the empty stack, last pixel first, over those before it.
-  const auto depth = static_cast<uint64_t>(exact_->stack_depth);
+  const auto depth = static_cast<uint64_t>(row_.stack_depth);
   uint64_t filled = 0;
   for (int32_t i = CodesSinceClear() - 1; i >= first && filled < depth; --i) {
     const String string = SinceClear(i);
-    if (string.code < exact_->clear_code) continue;
+    if (string.code < clear_code_) continue;
     const uint8_t* last = pixels_ + string.place + string.length - 1;
     const uint64_t end = std::min<uint64_t>(string.length, depth);
-    for (; filled < end; ++filled) exact_->stack[filled] = *(last - filled);
+    for (; filled < end; ++filled) row_.stack[filled] = *(last - filled);
   }
 }
 
-// Lets the row decoder finish the image from here.
-void ImageDecoder::HandOver() {
-  SaveRow();
-  ForgetEntries(exact_);
-  for (int32_t entry = exact_->end_code + 1; entry < next_; ++entry) {
+// The row decoder as it would be in the middle of the present row, of which `row_` tells the beginning.
+GifDecoder ImageDecoder::Exact() const {
+  GifDecoder exact;
+  SetUpGifDecoder(&exact, code_size_);
+  exact.code_count = next_ + 1;
+  exact.code_width = code_width_;
+  exact.width_limit = width_limit_;
+  exact.last_code = row_.last_code;
+  exact.stack_depth = row_.stack_depth;
+  exact.input = *input_;
+  std::copy_n(row_.stack, row_.stack_depth, exact.stack);
+  for (int32_t entry = end_code_ + 1; entry < next_; ++entry) {
     const String string = strings_[entry];
-    exact_->prefix[entry] = string.code;
-    exact_->suffix[entry] = pixels_[string.place + string.length - 1];
+    exact.prefix[entry] = string.code;
+    exact.suffix[entry] = pixels_[string.place + string.length - 1];
   }
-  exact_->code_count = next_ + 1;
+  return exact;
+}
+
+// Lets the row decoder finish the image from here.
+[[gnu::noinline]] void ImageDecoder::HandOver() {
+  SaveRow();
+  GifDecoder exact = Exact();
   const uint64_t touched = zeroed_ ? std::min(done_ + kLongStep, total_) : total_;
   std::fill(pixels_ + done_, pixels_ + touched, uint8_t{0});
 
   const auto width = static_cast<int32_t>(width_);
   const uint64_t column = done_ % width_;
   uint8_t* line = pixels_ + (done_ - column);
-  const int32_t last_code = next_ == exact_->end_code ? kNoCode : latest_.code;
-  ContinueGifLine(stream_, exact_, line, width, static_cast<int32_t>(column), last_code);
-  while ((line += width) < pixels_ + total_ && !OnlyZerosFollow(exact_)) {
-    ReadGifLine(stream_, exact_, line, width);
-  }
+  const int32_t last_code = next_ == end_code_ ? kNoCode : latest_.code;
+  ContinueGifLine(stream_, &exact, line, width, static_cast<int32_t>(column), last_code);
+  while ((line += width) < pixels_ + total_ && !OnlyZerosFollow(&exact)) ReadGifLine(stream_, &exact, line, width);
+  input_->data_ended = exact.input.data_ended;
 }
 
 }  // namespace
 
-void DecodeImage(MyFILE* stream, GifDecoder* decoder, uint8_t* pixels, int32_t width, int32_t height, bool zeroed) {
-  ImageDecoder(stream, decoder, pixels, width, height, zeroed).Decode();
+void DecodeImage(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height,
+                 bool zeroed) {
+  ImageDecoder(stream, input, code_size, pixels, width, height, zeroed).Decode();
 }

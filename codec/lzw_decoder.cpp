@@ -2,59 +2,26 @@
 
 #include <algorithm>
 
-void StartImage(GifDecoder* decoder, int32_t code_size) {
-  decoder->code_size = code_size;
-  decoder->clear_code = 1 << code_size;
-  decoder->end_code = decoder->clear_code + 1;
-  decoder->stack_depth = 0;
-  decoder->bit_count = 0;
-  decoder->bit_buffer = 0;
-  decoder->data_ended = 0;
-  decoder->block_pos = 0;
-  decoder->block_len = 0;
-}
-
-void RestartCodes(GifDecoder* decoder) {
+// The codes as after a clear code.
+static void RestartCodes(GifDecoder* decoder) {
   decoder->code_count = decoder->end_code + 1;
   decoder->code_width = decoder->code_size + 1;
   decoder->width_limit = 1 << decoder->code_width;
   decoder->last_code = kNoCode;
+  std::fill_n(decoder->prefix, kTableSize, kNoCode);
 }
-
-void ForgetEntries(GifDecoder* decoder) { std::fill_n(decoder->prefix, kTableSize, kNoCode); }
 
 void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
-  StartImage(decoder, code_size);
+  decoder->code_size = code_size;
+  decoder->clear_code = 1 << code_size;
+  decoder->end_code = decoder->clear_code + 1;
+  decoder->stack_depth = 0;
   RestartCodes(decoder);
-  ForgetEntries(decoder);
-}
-
-bool GatherSubBlocks(MyFILE* stream, GifDecoder* decoder) {
-  int32_t gathered = 0;
-  while (!decoder->data_ended && gathered + kMaxSubBlock <= kGatheredBytes) {
-    const int32_t length = MyGetc(stream);
-    ReadBytes(stream, decoder->block + gathered, length);
-    gathered += length;
-    decoder->data_ended = length == 0;
-  }
-  decoder->block_pos = 0;
-  decoder->block_len = gathered;
-  return gathered > 0;
-}
-
-static uint64_t FetchByte(MyFILE* stream, GifDecoder* decoder) {
-  if (decoder->block_pos == decoder->block_len && !GatherSubBlocks(stream, decoder)) return 0;
-  return decoder->block[decoder->block_pos++];
 }
 
 static int32_t ReadCode(MyFILE* stream, GifDecoder* decoder) {
-  while (decoder->bit_count < decoder->code_width) {
-    decoder->bit_buffer |= FetchByte(stream, decoder) << decoder->bit_count;
-    decoder->bit_count += 8;
-  }
-  const auto code = static_cast<int32_t>(decoder->bit_buffer & ((uint64_t{1} << decoder->code_width) - 1));
-  decoder->bit_buffer >>= decoder->code_width;
-  decoder->bit_count -= decoder->code_width;
+  decoder->input.Fill(stream, decoder->code_width);
+  const int32_t code = decoder->input.Take(decoder->code_width);
 
   const bool widens = decoder->code_count >= decoder->width_limit && decoder->code_width < kMaxCodeWidth;
   decoder->code_count++;
@@ -112,7 +79,6 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
     }
     if (code == decoder->clear_code) {
       RestartCodes(decoder);
-      ForgetEntries(decoder);
       last_code = kNoCode;
       continue;
     }
@@ -154,6 +120,5 @@ void ReadGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t len
 }
 
 bool OnlyZerosFollow(const GifDecoder* decoder) {
-  return decoder->data_ended && decoder->block_pos == decoder->block_len && decoder->bit_buffer == 0 &&
-         decoder->stack_depth == 0;
+  return decoder->input.OnlyZerosFollow() && decoder->stack_depth == 0;
 }

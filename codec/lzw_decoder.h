@@ -8,13 +8,10 @@
 #include <cstdint>
 
 #include "codec/byte_stream.h"
+#include "codec/code_input.h"
+#include "codec/format.h"
 
-constexpr int32_t kMaxCodeWidth = 12;                       // bits
-constexpr int32_t kTableSize = 1 << kMaxCodeWidth;          // entries
-constexpr int32_t kMaxMinimumCodeSize = kMaxCodeWidth - 1;  // so that the clear code still fits
-constexpr int32_t kNoCode = 4098;                           // where there is no code
-constexpr int32_t kMaxSubBlock = 255;                       // bytes
-constexpr int32_t kGatheredBytes = 16 * kMaxSubBlock;
+constexpr int32_t kNoCode = 4098;  // where there is no code
 
 // What becomes of codes that follow when the table is full and no clear code has come (a "deferred" clear code). The
 // row ends there, unless the build chooses to go on with the table as it is.
@@ -27,27 +24,22 @@ constexpr bool kUsesFullTable = false;
 // The state between two rows of one image. Codes below `clear_code` are pixel values, those above `end_code`
 // table entries.
 struct GifDecoder {
-  int32_t code_size;              // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
-  int32_t clear_code;             // 2 to the power `code_size`
-  int32_t end_code;               // `clear_code` + 1
-  int32_t code_count;             // codes so far, counted on from `clear_code` + 2; a code read defines entry
-                                  // `code_count` - 2
-  int32_t code_width;             // bits of the next code, up to `kMaxCodeWidth`
-  int32_t width_limit;            // 2 to the power `code_width`: the count that widens the codes
-  int32_t last_code;              // the previous code; `kNoCode` in the beginning and after a clear code
-  int32_t stack_depth;            // pixels on `stack` that wait for the next row
-  int32_t bit_count;              // bits held in `bit_buffer`
-  uint64_t bit_buffer;            // bits not yet used, the first one lowest
-  int32_t data_ended;             // 1 once the empty sub-block that ends the data (or the stream's end) has been read
-  int32_t block_pos;              // the next byte of `block` to take
-  int32_t block_len;              // bytes in `block`
-  uint8_t block[kGatheredBytes];  // the bytes of the sub-blocks read last
-  uint8_t stack[kTableSize];      // a decoded string, its last pixel at the bottom
-  uint8_t suffix[kTableSize];     // the last pixel of each entry's string
-  int32_t prefix[kTableSize];     // the code of the string without that pixel; `kNoCode`: entry not defined
+  int32_t code_size;           // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
+  int32_t clear_code;          // 2 to the power `code_size`
+  int32_t end_code;            // `clear_code` + 1
+  int32_t code_count;          // codes so far, counted on from `clear_code` + 2; a code read defines entry
+                               // `code_count` - 2
+  int32_t code_width;          // bits of the next code, up to `kMaxCodeWidth`
+  int32_t width_limit;         // 2 to the power `code_width`: the count that widens the codes
+  int32_t last_code;           // the previous code; `kNoCode` in the beginning and after a clear code
+  int32_t stack_depth;         // pixels on `stack` that wait for the next row
+  CodeInput input;             // the image's data
+  uint8_t stack[kTableSize];   // a decoded string, its last pixel at the bottom
+  uint8_t suffix[kTableSize];  // the last pixel of each entry's string
+  int32_t prefix[kTableSize];  // the code of the string without that pixel; `kNoCode`: entry not defined
 };
 
-// Makes a decoder ready for the first row of an image. `code_size` is 0 to `kMaxMinimumCodeSize`.
+// Makes a decoder ready for the first row of an image, but for its input. `code_size` is 0 to `kMaxMinimumCodeSize`.
 void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size);
 
 // Decodes the next `length` pixels into `line`; reads nothing when `line` is null. Past the end of the data
@@ -64,13 +56,3 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
 
 // True when all codes to come are 0 and no pixel waits: rows that are zero already will not change.
 bool OnlyZerosFollow(const GifDecoder* decoder);
-
-// What `SetUpGifDecoder` consists of: everything but the codes and the table; the codes as after a clear
-// code; the table's entries, all undefined.
-void StartImage(GifDecoder* decoder, int32_t code_size);
-void RestartCodes(GifDecoder* decoder);
-void ForgetEntries(GifDecoder* decoder);
-
-// Reads the next sub-blocks into the emptied `block`, as many as it is sure to hold. False when there are
-// none.
-bool GatherSubBlocks(MyFILE* stream, GifDecoder* decoder);

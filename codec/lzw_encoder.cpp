@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
+#include "codec/format.h"
 #include "codec/lzw_strings.h"
+#include "codec/sub_blocks.h"
 
 // How it is made fast, without a byte of the result being different:
 //
@@ -15,12 +17,10 @@
 
 namespace {
 
-constexpr int32_t kSubBlockLimit = 255;
-
 // Lines are coded in pieces whose codes surely fit into `block`: a pixel adds two bytes at most.
 constexpr int64_t kPiece = 2048;
 constexpr int32_t kPieceRoom = 2 * kPiece + 16;
-static_assert(kSubBlockLimit + kPieceRoom < static_cast<int32_t>(sizeof GifEncoder::block));
+static_assert(kMaxSubBlock + kPieceRoom < static_cast<int32_t>(sizeof GifEncoder::block));
 
 // Fewer pixels than this for each code are not worth looking for runs.
 constexpr int64_t kPixelsPerCodeInRuns = 4;
@@ -76,14 +76,12 @@ void StartOver(MyFILE* stream, GifEncoder* encoder) {
   if (runs && encoder->prefix_code < encoder->clear_code) UseRuns(encoder);
 }
 
-// Writes the full sub-blocks and keeps the rest. Section 15.
+// Writes the full sub-blocks and keeps the rest.
 void WriteFullSubBlocks(MyFILE* stream, GifEncoder* encoder) {
-  const uint8_t* at = encoder->block;
-  for (; encoder->block_len >= kSubBlockLimit; encoder->block_len -= kSubBlockLimit, at += kSubBlockLimit) {
-    MyPutc(stream, kSubBlockLimit);
-    WriteBytes(stream, at, kSubBlockLimit);
-  }
-  std::memmove(encoder->block, at, static_cast<size_t>(encoder->block_len));
+  const int32_t rest = encoder->block_len % kMaxSubBlock, full = encoder->block_len - rest;
+  if (full > 0) WriteSubBlocks(stream, encoder->block, full);
+  std::memmove(encoder->block, encoder->block + full, static_cast<size_t>(rest));
+  encoder->block_len = rest;
 }
 
 void PutWholeBytes(MyFILE* stream, GifEncoder* encoder) {
@@ -96,12 +94,8 @@ void Flush(MyFILE* stream, GifEncoder* encoder) {
   if (encoder->bit_count > 0) WriteGifByte(stream, encoder, static_cast<int>(encoder->bit_buffer & 0xFF));
   encoder->bit_count = 0;
   if (encoder->finished) return;
-  WriteFullSubBlocks(stream, encoder);
-  if (encoder->block_len > 0) {
-    MyPutc(stream, encoder->block_len);
-    WriteBytes(stream, encoder->block, encoder->block_len);
-  }
-  MyPutc(stream, 0);
+  if (encoder->block_len > 0) WriteSubBlocks(stream, encoder->block, encoder->block_len);
+  EndSubBlocks(stream);
   encoder->block_len = 0;
   encoder->finished = 1;
 }

@@ -4,10 +4,13 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "codec/building.h"
+#include "codec/code_input.h"
+#include "codec/format.h"
 #include "codec/image_decoder.h"
-#include "codec/lzw_decoder.h"
+#include "codec/memory.h"
+#include "codec/picture_rows.h"
 #include "codec/row_budget.h"
+#include "codec/sub_blocks.h"
 
 static int32_t ReadWord(MyFILE* stream) {
   const int32_t low = MyGetc(stream);
@@ -46,14 +49,8 @@ static void ReadScreen(MyFILE* stream, GifScreen* screen) {
   ReadGifPalette(stream, screen->cmap);
 }
 
-// Drops sub-blocks up to and with the empty one.
-static void SkipSubBlocks(MyFILE* stream) {
-  uint8_t dropped[kMaxSubBlock];
-  while (const int length = MyGetc(stream)) ReadBytes(stream, dropped, length);
-}
-
 GifData* ReadGifData(MyFILE* stream) {
-  const int length = MyGetc(stream);
+  const int32_t length = BeginSubBlock(stream);
   if (length == 0) return nullptr;
   GifData* data = NewRecord<GifData>();
   if (!data) return nullptr;
@@ -103,28 +100,28 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
 
 // Whether the sub-blocks gathered could begin an image that size. Only then are its pixels worth touching
 // before there is something to put into them: a hostile file names a large image in a few bytes.
-static bool MayFill(const GifDecoder& decoder, const GifPicture& picture) {
+static bool MayFill(const CodeInput& input, const GifPicture& picture) {
   constexpr int64_t kMostPixelsPerByte = 8192;  // several times what data of this format achieve
-  return int64_t{picture.width} * picture.height <= decoder.block_len * kMostPixelsPerByte;
+  return int64_t{picture.width} * picture.height <= input.block_len * kMostPixelsPerByte;
 }
 
 // The image's data from its minimum code size on, into rows made for the picture. Without a picture it is passed
 // over. False when there is no memory for rows, or no more to be spent on them.
 static bool ReadImageData(MyFILE* stream, GifPicture* picture, RowBudget* budget) {
-  GifDecoder decoder;
+  CodeInput input;
+  input.Start();
   const int32_t code_size = MyGetc(stream);
-  StartImage(&decoder, std::min(code_size, kMaxMinimumCodeSize));
   bool made = false;
   if (picture) {
-    GatherSubBlocks(stream, &decoder);
-    const bool zeroed = code_size > kMaxMinimumCodeSize || !MayFill(decoder, *picture);
+    input.Gather(stream);
+    const bool zeroed = code_size > kMaxMinimumCodeSize || !MayFill(input, *picture);
     made = budget->Spend(picture->width, picture->height) &&
            MakeRows(picture, zeroed ? RowContents::kZeros : RowContents::kUnset);
     if (made && picture->pixels && code_size <= kMaxMinimumCodeSize) {
-      DecodeImage(stream, &decoder, picture->pixels, picture->width, picture->height, zeroed);
+      DecodeImage(stream, &input, code_size, picture->pixels, picture->width, picture->height, zeroed);
     }
   }
-  if (!decoder.data_ended) SkipSubBlocks(stream);
+  if (!input.data_ended) SkipSubBlocks(stream);
   return made;
 }
 

@@ -4,15 +4,15 @@
 #include <cstdlib>
 #include <memory>
 
-#include "codec/building.h"
+#include "codec/format.h"
 #include "codec/lzw_encoder.h"
+#include "codec/picture_rows.h"
+#include "codec/sub_blocks.h"
 
 namespace {
 
 constexpr int32_t kMinimumCodeSize = 2;
-constexpr int32_t kMaximumCodeSize = 11;  // codes have 12 bits at most
-constexpr int32_t kUsualCodeSize = 8;     // holds any pixel
-constexpr int32_t kSubBlockLimit = 255;
+constexpr int32_t kUsualCodeSize = 8;  // holds any pixel
 
 void PutWord(MyFILE* stream, int32_t value) {
   MyPutc(stream, value & 0xFF);
@@ -68,7 +68,7 @@ void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
 // Section 22: bits for each pixel of a picture, from the table that its pixels index.
 int32_t CodeSize(const GifScreen* screen, const GifPicture* picture) {
   const int32_t depth = picture->has_cmap ? picture->cmap_depth : screen->cmap_depth;
-  return depth > kMaximumCodeSize ? kUsualCodeSize : std::max(depth, kMinimumCodeSize);
+  return depth > kMaxMinimumCodeSize ? kUsualCodeSize : std::max(depth, kMinimumCodeSize);
 }
 
 void WriteRows(MyFILE* stream, GifEncoder* encoder, const GifPicture* picture) {
@@ -87,7 +87,7 @@ void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* p
   const int32_t code_size = CodeSize(screen, picture);
   const std::unique_ptr<GifEncoder, Release> encoder(static_cast<GifEncoder*>(std::malloc(sizeof(GifEncoder))));
   MyPutc(stream, code_size);
-  if (!encoder) return MyPutc(stream, 0);  // an image without pixels: what follows stays readable
+  if (!encoder) return EndSubBlocks(stream);  // an image without pixels: what follows stays readable
   StartGifEncoder(encoder.get(), code_size);
   WriteGifCode(stream, encoder.get(), encoder->clear_code);
   WriteRows(stream, encoder.get(), picture);
@@ -96,24 +96,14 @@ void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* p
   WriteGifCode(stream, encoder.get(), kFlush);
 }
 
-// Section 15. What is longer than a sub-block can be goes into several.
-void WriteData(MyFILE* stream, const GifData* data) {
-  int32_t written = 0;
-  do {
-    const int32_t length = std::clamp(data->length - written, 0, kSubBlockLimit);
-    MyPutc(stream, length);
-    WriteBytes(stream, data->bytes + written, length);
-    written += length;
-  } while (written < data->length);
-}
-
-// Sections 23 to 26.
+// Sections 23 to 26. What is longer than a sub-block can be goes into several.
 void WriteExtension(MyFILE* stream, const GifExtension* extension) {
   MyPutc(stream, extension->marker);
   for (int32_t i = 0; extension->data && i < extension->count; ++i) {
-    if (extension->data[i]) WriteData(stream, extension->data[i]);
+    const GifData* data = extension->data[i];
+    if (data) WriteSubBlocks(stream, data->bytes, data->length);
   }
-  MyPutc(stream, 0);
+  EndSubBlocks(stream);
 }
 
 void WriteBlock(MyFILE* stream, const GifScreen* screen, const GifBlock* block) {

@@ -12,7 +12,8 @@
 #include "classes/palette_class.h"
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
-#include "codec/building.h"
+#include "codec/memory.h"
+#include "codec/picture_rows.h"
 #include "entry/document_holder.h"
 
 namespace {

@@ -6,7 +6,9 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "codec/building.h"
+#include "codec/format.h"
+#include "codec/memory.h"
+#include "codec/picture_rows.h"
 #include "codec/writer.h"
 #include "fuzz/flat_document.h"
 #include "fuzz/input.h"
