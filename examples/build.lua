@@ -7,7 +7,7 @@
 -- the frames come from is the business of lib/pictures.lua and lib/planet.lua.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local building, command = require "building", require "command"
+local building, command, files = require "building", require "command", require "files"
 local pictures, planet, text = require "pictures", require "planet", require "text"
 
 local options, operands = command.parse {
@@ -28,6 +28,11 @@ largest one's screen. Of a picture that hides the one before only the part that 
 local output = table.remove(operands)
 if output:lower():find("%.png$") then command.fail(output .. ": a GIF is not written over a PNG file; name OUT.gif last") end
 
+for i, path in ipairs(operands) do -- each is read twice
+  local settled, why = files.settled(path)
+  operands[i] = settled or command.fail(why)
+end
+
 local animation = #operands == 0 and planet.animation(options.delay) or pictures.animation(operands, {
   colours = options.colours or 256, own_tables = options["own-tables"], delay_cs = options.delay or 10 })
 
@@ -42,11 +47,7 @@ for _, frame in ipairs(animation.frames) do
   gif:Add(building.image(frame))
 end
 
-if not FolderItem(output):SaveAsGIFZKV(gif) then command.fail(output .. ": cannot be written") end
--- A full disk shows only now: the last image is not all there.
-local written, last = FolderItem(output):OpenAsGIFZKV(), gif.Count - 1
-if not written or written.Count <= last or
-    tostring(written:Block(last).Picture.Data) ~= tostring(gif:Block(last).Picture.Data) then
-  command.fail(output .. ": is not what was written; is the disk full?")
-end
-print(("%s: %s of %d x %d pixels"):format(output, text.count(#animation.frames, "frame"), animation.width, animation.height))
+local saved, problem = files.save_gif(gif, output)
+if not saved then command.fail(problem) end
+print(("%s: %s of %d x %d pixels"):format(
+  text.shown(output), text.count(#animation.frames, "frame"), animation.width, animation.height))

@@ -7,7 +7,7 @@
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
 local animation, blocks, command = require "animation", require "blocks", require "command"
-local files, processes = require "files", require "processes"
+local comparing, files, processes = require "comparing", require "files", require "processes"
 local progress, text = require "progress", require "text"
 
 local kSeconds = 60 -- that one file may take
@@ -27,12 +27,6 @@ end
 local kScreenNames = { "Width", "Height", "ColorResolution", "BackgroundColor", "Aspect", "HasPalette", "Sorted" }
 local kImageNames = { "Left", "Top", "Width", "Height", "Interlace", "HasPalette", "Sorted" }
 
--- Whether saving can keep these pixels: its codes are as wide as the colour table is deep.
-local function fit(pixels, owner_of_table)
-  local depth = math.max(2, owner_of_table.PaletteDepth)
-  return depth >= 8 or not pixels:find(("[%c-\255]"):format(1 << depth))
-end
-
 -- The document as texts: the screen, then one for each block; the pixels of each image, by block; and the numbers of
 -- the images that saving can't keep.
 local function walk(gif, all)
@@ -42,7 +36,7 @@ local function walk(gif, all)
     local image, extension = block.image, block.extension
     if image then
       texts[i], pixels[i] = values_of(image, kImageNames), tostring(image.Data or "")
-      if not fit(pixels[i], image.HasPalette and image or screen) then unfit[i] = true end
+      if not comparing.fit(pixels[i], image.HasPalette and image or screen) then unfit[i] = true end
     elseif extension then
       texts[i] = extension.label .. table.concat(extension.sub_blocks, "|")
     else
@@ -89,8 +83,8 @@ local function check_file(path)
   local texts, pixels, unfit = walk(gif, all)
   local not_shown = render(all)
 
-  local copy = os.tmpname()
-  local remove <close> = setmetatable({}, { __close = function() os.remove(copy) end })
+  local scratch <const> = OutputFile()
+  local copy = scratch.Path
   require_same(saved(gif, copy, "the document"), "the saved document", texts, pixels, unfit)
   require_same(saved(gif:Clone(), copy, "the clone"), "the saved clone", texts, pixels, unfit)
 
@@ -141,7 +135,7 @@ local function check_files(paths, jobs, seconds)
     if not succeeded then failed = failed + 1 end
     progress.clear()
     print(("%-6s  %s: %s"):format(
-      succeeded and "ok" or "FAILED", paths[i],
+      succeeded and "ok" or "FAILED", text.shown(paths[i]),
       succeeded and output:gsub("\n$", "") or failure(paths[i], output, kind, status, seconds)))
     step()
   end)

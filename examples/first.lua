@@ -5,7 +5,7 @@
 -- The shortest way from bytes to a picture: no document, no blocks, one call.
 
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local command, files = require "command", require "files"
+local command, files, text = require "command", require "files", require "text"
 
 local _, operands = command.parse {
   about = "Saves the first image of a GIF as a PNG file, its transparent colour as transparency.",
@@ -20,4 +20,4 @@ if not picture then command.fail(input .. ": no GIF file with an image that can 
 
 local saved, problem = files.save_png(picture, output)
 if not saved then command.fail(problem) end
-print(("%s: %d x %d pixels"):format(output, picture.Width, picture.Height))
+print(("%s: %d x %d pixels"):format(text.shown(output), picture.Width, picture.Height))

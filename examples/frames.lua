@@ -25,8 +25,10 @@ end
 local function save(name, picture, mask)
   local saved = {}
   for suffix, shown in pairs { [""] = picture, ["-mask"] = mask } do
+    local path = folder .. "/" .. name .. suffix .. ".png"
+    if files.same(path, input) then command.fail(path .. ": would replace " .. input) end
+    require_done(files.save_png(shown, path))
     saved[#saved + 1] = name .. suffix .. ".png"
-    require_done(files.save_png(shown, folder .. "/" .. saved[#saved]))
   end
   table.sort(saved)
   return #saved > 0 and table.concat(saved, ", ") or "nothing to save"

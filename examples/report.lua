@@ -184,7 +184,7 @@ end
 
 -- The items of the timeline and the cards of the images, in one go: both need every picture. There is no timeline of
 -- what can't be drawn.
-local function draw(found, path)
+local function draw(found)
   local items, cards, longest_cs = {}, {}, 1
   for _, frame in ipairs(found.frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
   local drawn = animation.can_draw(found.width, found.height)
@@ -192,7 +192,7 @@ local function draw(found, path)
   local scale = math.sqrt(kMostPixels / math.max(1, pixels))
   local step = progress.start(#found.frames, "frames")
   local function address(picture)
-    return picture and require_done(html.picture_address(scaled(picture, scale), path))
+    return picture and html.picture_address(scaled(picture, scale))
   end
   local function add_card(frame, picture)
     cards[#cards + 1] = image_card(frame, found, picture and is_whole_frame(frame, found) and "" or address(picture))
@@ -250,9 +250,7 @@ end
 -- --- The page -------------------------------------------------------------------------------------------------------------
 
 local function page(found)
-  local path = os.tmpname()
-  local remove <close> = setmetatable({}, { __close = function() os.remove(path) end })
-  local items, cards = draw(found, path)
+  local items, cards = draw(found)
   local longest = math.max(found.width, found.height, 1)
   local function part(name) return require_done(files.read(here .. "report/page." .. name)) end
   return html.fill(part("html"), {
@@ -273,4 +271,4 @@ local input, output = table.unpack(operands)
 local found = require_done(survey.of(input, progress.start))
 local bytes = page(found)
 require_done(files.write(output, bytes))
-print(("%s: %s, %s"):format(output, text.count(#bytes, "byte"), text.count(#found.frames, "frame")))
+print(("%s: %s, %s"):format(text.shown(output), text.count(#bytes, "byte"), text.count(#found.frames, "frame")))

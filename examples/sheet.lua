@@ -122,4 +122,4 @@ if #frames == 0 then command.fail(input .. ": no images") end
 local sheet = draw_sheet(input:match("[^/]*$"), gif, frames)
 local saved, problem = files.save_png(sheet, output)
 if not saved then command.fail(problem) end
-print(("%s: %d x %d pixels, %s"):format(output, sheet.Width, sheet.Height, text.count(#frames, "frame")))
+print(("%s: %d x %d pixels, %s"):format(text.shown(output), sheet.Width, sheet.Height, text.count(#frames, "frame")))

@@ -51,7 +51,7 @@ local function print_block(block)
 end
 
 local function print_tree(path, gif)
-  print(path)
+  print(text.shown(path))
   print_line("", "version", gif.Header)
   print_line("", "logical screen", describe_screen(gif.Screen))
   print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none")

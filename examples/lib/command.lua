@@ -1,6 +1,6 @@
 -- The command line of a script: what it takes, its --help, its errors and exit statuses.
 
-local progress = require "progress"
+local files, progress, text = require "files", require "progress", require "text"
 
 local command = {}
 
@@ -9,7 +9,7 @@ local kFailed, kWrongUsage = 1, 2
 -- Says what went wrong and goes on.
 function command.complain(message)
   progress.clear()
-  io.stderr:write(arg[0]:match("[^/]*$"), ": ", message, "\n")
+  io.stderr:write(arg[0]:match("[^/]*$"), ": ", text.shown(message), "\n")
 end
 
 local function stop(status, message)
@@ -83,10 +83,21 @@ local function check_count(wanted, count)
   if count < names - optional or count > names and not many then reject("expected " .. wanted.operands) end
 end
 
--- A picture or a page written over the GIF that it shows is a slip.
+-- A picture or a page written over what it is made of is a slip; a GIF may take its own place.
 local function check_output(wanted, operands)
-  local kind = wanted.operands:match("^IN%.gif OUT%.(%a+)$")
-  if kind and kind ~= "gif" and operands[1] == operands[2] then reject("OUT." .. kind .. " would replace " .. operands[1]) end
+  local kind = wanted.operands:match(" OUT%.(%a+)$")
+  local output = operands[#operands]
+  if not kind then return end
+  for i = 1, #operands - 1 do
+    local same_kind = wanted.operands:find("IN." .. kind, 1, true)
+    if not same_kind and files.same(operands[i], output) then
+      reject(("OUT.%s would replace %s"):format(kind, operands[i]))
+    end
+  end
+  -- What goes to standard output is the result alone.
+  if files.same(output, "/dev/stdout") then
+    function print(...) io.stderr:write(table.concat({ ... }, "\t"), "\n") end
+  end
 end
 
 -- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE...", "[FILE...] OUT"); options,

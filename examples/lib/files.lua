@@ -1,11 +1,16 @@
--- Files and folders, with reasons when something fails.
+-- Files and folders, with reasons when something fails. Whatever writes a file writes it here: the old one stays until
+-- the new one is whole.
+
+local comparing = require "comparing"
 
 local files = {}
 
 -- A word that the shell takes as it stands.
 function files.quoted(word) return "'" .. word:gsub("'", [['\'']]) .. "'" end
 
--- The bytes of a file; nil and the reason.
+-- --- Reading -----------------------------------------------------------------------------------------------------------
+
+-- The bytes of a file, a pipe or a device; nil and the reason.
 function files.read(path)
   local file <close>, why = io.open(path, "rb")
   if not file then return nil, why end
@@ -14,31 +19,22 @@ function files.read(path)
   return bytes
 end
 
--- true; nil and the reason.
-function files.write(path, bytes)
-  local file, why = io.open(path, "wb")
-  if not file then return nil, why end
-  local written, problem = file:write(bytes)
-  local closed, late_problem = file:close() -- a full disk may show only now
-  if written and closed then return true end
-  return nil, path .. ": " .. (problem or late_problem)
-end
-
--- Makes a folder and those it lies in; nil and the reason.
-function files.make_folder(path)
-  if os.execute("mkdir -p -- " .. files.quoted(path) .. " 2>&-") then return true end
-  return nil, path .. ": the folder can't be made"
-end
-
--- Opens a GIF; nil and the reason.
+-- Opens a GIF. Gives the document and how many bytes it had; nil and the reason.
 function files.open_gif(path)
+  local facts, unknown = host.stat(path)
+  if not facts then return nil, unknown end
+  if facts.kind ~= "file" then -- it can be read once only
+    local bytes, why = files.read(path)
+    if not bytes then return nil, why end
+    local gif = GifStringToGifZKV(bytes)
+    if not gif then return nil, path .. ": no GIF file" end
+    return gif, #bytes
+  end
   local file <close>, why = io.open(path, "rb")
   if not file then return nil, why end
-  local _, problem = file:read(0)
-  if problem then return nil, path .. ": " .. problem end
   local gif = FolderItem(path):OpenAsGIFZKV()
   if not gif then return nil, path .. ": no GIF file" end
-  return gif
+  return gif, facts.size
 end
 
 -- Reads a PNG file as a picture; nil and the reason.
@@ -48,11 +44,78 @@ function files.load_png(path)
   return nil, result.message
 end
 
+local copies = {} -- of what can be read once only, while the program runs
+
+-- A path that can be read as often as one likes: that of a copy for pipes; nil and the reason.
+function files.settled(path)
+  local facts, unknown = host.stat(path)
+  if not facts then return nil, unknown end
+  if facts.kind == "file" or facts.kind == "folder" then return path end
+  local bytes, why = files.read(path)
+  if not bytes then return nil, why end
+  local copy = OutputFile()
+  local written, problem = pcall(copy.Write, copy, bytes)
+  if not written then return nil, problem.message end
+  copies[#copies + 1] = copy
+  return copy.Path
+end
+
+-- Whether two paths lead to one file, by whatever names.
+function files.same(path, other)
+  local facts, other_facts = host.stat(path), host.stat(other)
+  return facts ~= nil and other_facts ~= nil and facts.device == other_facts.device and facts.inode == other_facts.inode
+end
+
+-- --- Writing -----------------------------------------------------------------------------------------------------------
+
+-- Calls fill(file) with a new OutputFile for the path, and keeps that when it gives true; nil and the reason.
+local function replaced(path, fill)
+  local started, file = pcall(OutputFile, path)
+  if not started then return nil, file.message end
+  local called, filled, why = pcall(fill, file)
+  if called and filled then
+    local kept, problem = pcall(file.Keep, file)
+    if kept then return true end
+    why = problem.message
+  end
+  file:Discard()
+  if not called and type(filled) == "string" then error(filled, 0) end
+  return nil, why or filled.message
+end
+
+-- true; nil and the reason.
+function files.write(path, bytes)
+  return replaced(path, function(file)
+    file:Write(bytes)
+    return true
+  end)
+end
+
+-- Saves a document, and reads back what was written: that a disk is full shows nowhere else. true; nil and the reason.
+function files.save_gif(gif, path)
+  return replaced(path, function(file)
+    if not FolderItem(file.Path):SaveAsGIFZKV(gif) then return nil, path .. ": cannot be written" end
+    local written = FolderItem(file.Path):OpenAsGIFZKV()
+    local difference = not written and "it cannot be read back" or comparing.difference(gif, written)
+    if not difference then return true end
+    local refusal = file:Refusal()
+    return nil, refusal ~= "" and refusal or ("%s: is not what was written: %s"):format(path, difference)
+  end)
+end
+
 -- Saves a picture as PNG; nil and the reason.
 function files.save_png(picture, path)
   local saved, problem = pcall(picture.SavePNG, picture, path)
   if saved then return true end
   return nil, problem.message
+end
+
+-- Makes a folder and those it lies in; nil and the reason.
+function files.make_folder(path)
+  local pipe = io.popen("LC_ALL=C mkdir -p -- " .. files.quoted(path) .. " 2>&1")
+  local said = pipe:read("a")
+  if pipe:close() then return true end
+  return nil, path .. ": " .. (said:match(": ([^:\n]*)\n?$") or "the folder can't be made")
 end
 
 return files

@@ -1,6 +1,6 @@
 -- Text and pictures inside a page.
 
-local files, text = require "files", require "text"
+local text = require "text"
 
 local html = {}
 
@@ -44,11 +44,7 @@ function html.base64(bytes)
   return table.concat(parts):sub(1, (#bytes + padding) // 3 * 4 - padding) .. ("="):rep(padding)
 end
 
--- The picture as the address of an image; nil and the reason. The path is that of a file to work with.
-function html.picture_address(picture, path)
-  local saved, why = files.save_png(picture, path)
-  if not saved then return nil, why end
-  return "data:image/png;base64," .. html.base64((files.read(path)))
-end
+-- The picture as the address of an image.
+function html.picture_address(picture) return "data:image/png;base64," .. html.base64(picture:PNG()) end
 
 return html

@@ -64,9 +64,9 @@ end
 
 -- Surveys a file; nil and the reason. start_progress(number, noun) gives what is called after each image.
 function survey.of(path, start_progress)
-  local gif, why = files.open_gif(path)
-  if not gif then return nil, why end
-  local found = { gif = gif, path = path, version = gif.Header, bytes = #files.read(path), comments = {} }
+  local gif, bytes = files.open_gif(path)
+  if not gif then return nil, bytes end
+  local found = { gif = gif, path = path, version = gif.Header, bytes = bytes, comments = {} }
   found.blocks = blocks.read(gif)
   found.frames, found.sums = blocks.frames(found.blocks), blocks.sums(found.blocks)
   found.screen_width, found.screen_height = gif.Screen.Width, gif.Screen.Height

@@ -48,6 +48,22 @@ function text.quoted(bytes, longest)
   return '"' .. shown .. '"' .. (#bytes > longest and "..." or "")
 end
 
+-- A file's name, or a message with names in it, as people may see it: control characters, which a terminal would obey,
+-- and bytes that are not UTF-8 are escaped.
+function text.shown(name)
+  local shown, at = {}, 1
+  while at <= #name do
+    local valid = utf8.len(name, at)
+    local last = valid and #name or select(2, utf8.len(name, at)) - 1
+    local part = name:sub(at, last):gsub("\xC2[\x80-\x9F]", function(c) return ("\\u{%X}"):format(utf8.codepoint(c)) end)
+    shown[#shown + 1] = part:gsub("[%c\127]", function(c) return ("\\x%02X"):format(c:byte()) end)
+    if valid then break end
+    shown[#shown + 1] = ("\\x%02X"):format(name:byte(last + 1))
+    at = last + 2
+  end
+  return table.concat(shown)
+end
+
 -- Valid UTF-8 as it is; other bytes read as Latin-1.
 function text.utf8(bytes)
   if utf8.len(bytes) then return bytes end

@@ -125,6 +125,12 @@ void Save(REALobjectStruct* self, REALstringStruct* path) {
   Raise(SavePng(*Self<Picture>(self), text == nullptr ? "" : text->bytes()));
 }
 
+REALstringStruct* GetPng(REALobjectStruct* self) {
+  std::string encoded;
+  Raise(EncodePng(*Self<Picture>(self), encoded));
+  return StringResult(encoded);
+}
+
 Ref<Object> MakeEmptyPicture(Heap& heap, const Class& own_class) { return heap.Make<Picture>(own_class); }
 Ref<Object> MakeEmptyGraphics(Heap& heap, const Class& own_class) { return heap.Make<Graphics>(own_class); }
 
@@ -150,6 +156,7 @@ void AddPictureClass(Host& host) {
                    "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
                    "sh as Integer = -10000)",
                    Proc(DrawOnPicture)),
+      NativeMethod("PNG() as String", Proc(GetPng)),
       NativeMethod("SavePNG(path as String)", Proc(Save)),
   };
   AddMembers(host.AddClass("Picture", MakeEmptyPicture), properties, methods);

@@ -9,6 +9,7 @@
 #include <memory>
 #include <vector>
 
+#include "host/core/output_file.h"
 #include "host/core/text.h"
 
 namespace host {
@@ -23,6 +24,11 @@ struct DestroyImage {
   void operator()(gdImagePtr image) const { gdImageDestroy(image); }
 };
 using Image = std::unique_ptr<gdImage, DestroyImage>;
+
+struct FreeGdBytes {
+  void operator()(void* bytes) const { gdFree(bytes); }
+};
+using GdBytes = std::unique_ptr<void, FreeGdBytes>;
 
 // libgd counts transparency from 0 (opaque) to 127.
 constexpr uint32_t kGdTransparent = 127;
@@ -81,7 +87,7 @@ std::string SystemMessage(const std::string& path) { return Text(path, ": ", std
 
 }  // namespace
 
-std::string SavePng(const Picture& picture, const std::string& path) {
+std::string EncodePng(const Picture& picture, std::string& encoded) {
   if (picture.width() == 0) return "the picture has no pixels";
   const Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
   if (!image) return "not enough memory";
@@ -95,11 +101,22 @@ std::string SavePng(const Picture& picture, const std::string& path) {
     }
   }
   gdImageSaveAlpha(image.get(), picture.mask() ? 1 : 0);
-  const File file(std::fopen(path.c_str(), "wb"));
-  if (!file) return SystemMessage(path);
   const Image with_table = WithColorTable(*image);
-  gdImagePngEx(with_table ? with_table.get() : image.get(), file.get(), kCompression);
-  return std::fflush(file.get()) == 0 ? "" : SystemMessage(path);
+  int size = 0;
+  const GdBytes bytes(gdImagePngPtrEx(with_table ? with_table.get() : image.get(), &size, kCompression));
+  if (!bytes) return "not enough memory";
+  encoded.assign(static_cast<const char*>(bytes.get()), static_cast<size_t>(size));
+  return "";
+}
+
+std::string SavePng(const Picture& picture, const std::string& path) {
+  std::string encoded;
+  OutputFile file;
+  std::string problem = EncodePng(picture, encoded);
+  if (problem.empty()) problem = file.Start(path);
+  if (problem.empty()) problem = file.Write(encoded);
+  if (problem.empty()) problem = file.Keep();
+  return problem;
 }
 
 std::string LoadPng(Picture& picture, const std::string& path) {

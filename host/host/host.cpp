@@ -43,6 +43,7 @@ Host::Host(HostOptions options) : options_(std::move(options)) {
   AddMemoryBlockClass(*this);
   AddFolderItemClass(*this);
   AddPictureClasses(*this);
+  AddOutputFileClass(*this);
   AddColorTableClass(*this);
   AddApplicationClasses(*this);
   AddGlobalMethods(*this);

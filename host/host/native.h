@@ -47,6 +47,7 @@ void AddExceptionClasses(Host& host);
 void AddMemoryBlockClass(Host& host);
 void AddFolderItemClass(Host& host);
 void AddPictureClasses(Host& host);
+void AddOutputFileClass(Host& host);
 void AddColorTableClass(Host& host);
 void AddApplicationClasses(Host& host);
 void AddGlobalMethods(Host& host);

@@ -156,6 +156,7 @@ void OpenHostTable(lua_State* lua) {
       {"exists", Guarded<Exists>},   {"class", Guarded<ClassName>},   {nullptr, nullptr},
   };
   luaL_newlib(lua, functions);
+  AddFileFunctions(lua);
   const Host& host = Host::Current();
   if (host.options().version) {
     lua_pushnumber(lua, *host.options().version);

@@ -131,6 +131,18 @@ constexpr char kHostTable[] = R"(host = {
 ---@return boolean
 function host.exists(path) end
 
+---@class FileFacts
+---@field kind "file" | "folder" | "device" | "pipe" | "socket"
+---@field size integer bytes
+---@field device integer
+---@field inode integer
+---@field modified integer seconds since 1970
+
+---@param path string
+---@return FileFacts?
+---@return string? why there is none
+function host.stat(path) end
+
 ---@param value any
 ---@return string?
 function host.class(value) end

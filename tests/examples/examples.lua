@@ -52,7 +52,6 @@ t.expect("value", run("tree", "--json=1", "x"), 2)
 for _, row in ipairs {
   { 2, "edit", "--delay", "x" }, { 2, "edit", "--delay=656" }, { 2, "edit", "--blocks=1-x" }, { 2, "edit", "--recolour=12=34" },
   { 2, "build", "--colours=1" }, { 2, "build", "--loop=65536" }, { 1, "build", "x.png" }, { 1, "build", arg[0], "x.gif" },
-  { 2, "sheet", "x.gif", "x.gif" }, { 1, "build", "/dev/full" }, { 1, "edit", here .. "../../examples/gifs/lighthouse.gif", "/dev/full" },
 } do t.expect(table.concat(row, " "), run(table.unpack(row, 2)), row[1]) end
 
 -- Trees

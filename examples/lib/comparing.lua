@@ -1,0 +1,57 @@
+-- Whether a document that was written and read back holds all that it should.
+
+local comparing = {}
+
+-- Whether saving can keep these pixels: their codes are as wide as the colour table is deep.
+function comparing.fit(pixels, owner_of_table)
+  local depth = math.max(2, owner_of_table.PaletteDepth)
+  return depth >= 8 or not pixels:find(("[%c-\255]"):format(1 << depth))
+end
+
+-- An image's pixels as they are saved: zeros follow those that it has.
+local function pixels_of(image)
+  local count = image.Width > 0 and image.Height > 0 and image.Width * image.Height or 0
+  local pixels = tostring(image.Data or ""):sub(1, count)
+  return pixels .. ("\0"):rep(count - #pixels)
+end
+
+local function bytes_of(extension)
+  local parts = {}
+  for _, data in pairs(extension) do parts[#parts + 1] = data and data.DataString or "" end
+  return table.concat(parts)
+end
+
+local function differs(made, written, screen)
+  if (made.Picture == nil) ~= (written.Picture == nil) or (made.Extension == nil) ~= (written.Extension == nil) then
+    return true
+  end
+  if made.Extension then
+    return made.Extension.Marker & 255 ~= written.Extension.Marker or bytes_of(made.Extension) ~= bytes_of(written.Extension)
+  end
+  local image = made.Picture
+  if not image then return false end
+  local pixels = pixels_of(image)
+  local owner = image.HasPalette and image or screen
+  return pixels ~= pixels_of(written.Picture) and (not owner or comparing.fit(pixels, owner))
+end
+
+-- In what a document that was read back differs from the one that was saved; nil when it has all its blocks, with
+-- their pixels and bytes.
+function comparing.difference(made, written)
+  local expected = {}
+  for i, block in pairs(made) do expected[#expected + 1] = { i, block } end
+  if written.Count ~= #expected then return ("%d of its %d blocks are there"):format(written.Count, #expected) end
+  local screen, looked_at = made.Screen, 0
+  for place, row in ipairs(expected) do
+    local index, block = table.unpack(row)
+    if differs(block, written:Block(place - 1), screen) then return ("block %d differs"):format(index) end
+    looked_at = looked_at + (block.Picture and block.Picture.Width * block.Picture.Height or 0)
+    if looked_at > 1 << 22 then -- Lua does not see how much memory their pixels take
+      collectgarbage()
+      looked_at = 0
+    end
+  end
+  return nil
+end
+
+return comparing
