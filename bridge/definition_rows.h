@@ -12,7 +12,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // --- Which C type a value of a type name has -----------------------------------------------------------------------
 

@@ -4,7 +4,7 @@
 
 #include <cstdio>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // A stdio stream with a buffer of 1 MiB, closed by the caller; null when the item is null, has no path, or `fopen`
 // fails. `mode` goes to `fopen` unchanged. The item may name a file that does not exist yet.

@@ -16,7 +16,7 @@
 
 #include <cstdint>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 class RowRenderer;
 

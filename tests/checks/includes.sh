@@ -15,12 +15,12 @@ storeys=(
   'entry: classes picture codec bridge platform'
   'plugin: entry classes picture codec bridge platform'
   # Of the plugin the host sees the bridge's records alone.
-  'host/core: platform bridge/host_records.h bridge/definition_rows.h'
-  'host/host: host/core platform bridge/host_records.h bridge/definition_rows.h'
-  'host/functions: host/host host/core platform bridge/host_records.h'
-  'host/classes: host/host host/core platform bridge/host_records.h bridge/definition_rows.h'
-  'host/lua: host/classes host/functions host/host host/core platform bridge/host_records.h'
-  'host/program: host/lua host/classes host/functions host/host host/core platform bridge/host_records.h'
+  'host/core: platform bridge/gif_plugin_host.h bridge/definition_rows.h'
+  'host/host: host/core platform bridge/gif_plugin_host.h bridge/definition_rows.h'
+  'host/functions: host/host host/core platform bridge/gif_plugin_host.h'
+  'host/classes: host/host host/core platform bridge/gif_plugin_host.h bridge/definition_rows.h'
+  'host/lua: host/classes host/functions host/host host/core platform bridge/gif_plugin_host.h'
+  'host/program: host/lua host/classes host/functions host/host host/core platform bridge/gif_plugin_host.h'
 )
 
 faults=0

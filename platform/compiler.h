@@ -1,0 +1,31 @@
+#pragma once
+
+// What the code asks of compilers and machines: words that each compiler has its own for, with a fallback, and the one
+// refusal.
+
+#include <bit>
+
+static_assert(std::endian::native == std::endian::little, "records, codes and pixels are laid out for little-endian machines");
+
+// Before the function that a shared library shows.
+#if defined(_WIN32)
+#define GIF_EXPORTED __declspec(dllexport)
+#elif defined(__GNUC__)
+#define GIF_EXPORTED __attribute__((visibility("default")))
+#else
+#define GIF_EXPORTED
+#endif
+
+// After a lambda's parameters: it is to become part of its caller.
+#if defined(__GNUC__)
+#define GIF_ALWAYS_INLINE __attribute__((always_inline))
+#else
+#define GIF_ALWAYS_INLINE
+#endif
+
+// Before a function: it may use instructions that not every processor has; its caller asks `GIF_PROCESSOR_HAS` first.
+#if defined(__GNUC__) && defined(__x86_64__)
+#define GIF_X86_KERNELS 1
+#define GIF_TARGET(instructions) __attribute__((target(instructions)))
+#define GIF_PROCESSOR_HAS(instructions) __builtin_cpu_supports(instructions)
+#endif
