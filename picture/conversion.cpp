@@ -1,7 +1,5 @@
 #include "picture/conversion.h"
 
-#include <gd.h>
-
 #include <algorithm>
 
 #include "bridge/host_reference.h"
@@ -69,7 +67,7 @@ bool DrawInto(REALpictureStruct* target, REALpictureStruct* mask, long long widt
 }
 
 // Images of different sizes or kinds are left as they are.
-void CopyRows(const gdImage* source, const gdImage* target) {
+void CopyRows(const REALgdImage* source, const REALgdImage* target) {
   if (!source || !target || source->sx != target->sx || source->sy != target->sy) return;
   if (source->pixels || target->pixels || !source->tpixels || !target->tpixels) return;
   for (int y = 0; y < source->sy; ++y) {
@@ -83,7 +81,7 @@ void CopyInto(REALpictureStruct* target, REALpictureStruct* mask) {
     const LockedDescription from(mask, kPictureKindGDImage);
     if (!from) return;
     const LockedDescription to(target, kPictureKindGDImage);
-    if (to) CopyRows(from.platform_object<gdImage>(), to.platform_object<gdImage>());
+    if (to) CopyRows(from.platform_object<REALgdImage>(), to.platform_object<REALgdImage>());
   }
   REALPictureClearCache(target);
 }

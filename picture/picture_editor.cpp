@@ -1,7 +1,5 @@
 #include "picture/picture_editor.h"
 
-#include <gd.h>
-
 #include <algorithm>
 #include <cstring>
 
@@ -27,7 +25,7 @@ bool IsWritable(CGContextRef context) {
 }
 
 // A true-colour image that has all the rows that its description promises.
-bool IsWritable(const gdImage* image, const REALpictureDescription& description) {
+bool IsWritable(const REALgdImage* image, const REALpictureDescription& description) {
   if (image->pixels || !image->tpixels || !image->trueColor) return false;
   if (description.height < 1 || description.width > image->sx || description.height > image->sy) return false;
   return std::none_of(image->tpixels, image->tpixels + description.height, [](int* row) { return row == nullptr; });
@@ -76,7 +74,7 @@ bool PictureEditor::GetPictureEditorCGBitmapContext(REALpictureStruct* picture, 
 bool PictureEditor::GetPictureEditorGDImagePtr(REALpictureStruct* picture, bool, bool) {
   if (!REALLockPictureDescription(picture, &description_, kPictureKindGDImage)) return false;
   IsConsole = true;
-  auto* image = static_cast<gdImage*>(description_.platform_object);
+  auto* image = static_cast<REALgdImage*>(description_.platform_object);
   if (description_.kind != kPictureKindGDImage || !image || !IsWritable(image, description_)) {
     REALUnlockPictureDescription(picture);
     return false;

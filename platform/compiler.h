@@ -1,11 +1,12 @@
 #pragma once
 
-// What the code asks of compilers and machines: words that each compiler has its own for, with a fallback, and the one
-// refusal.
+// What the code asks of compilers and machines: words that each compiler has its own for, with a fallback, and the
+// one refusal.
 
 #include <bit>
 
-static_assert(std::endian::native == std::endian::little, "records, codes and pixels are laid out for little-endian machines");
+static_assert(std::endian::native == std::endian::little,
+              "records, codes and pixels are laid out for little-endian machines");
 
 // Before the function that a shared library shows.
 #if defined(_WIN32)
@@ -23,9 +24,12 @@ static_assert(std::endian::native == std::endian::little, "records, codes and pi
 #define GIF_ALWAYS_INLINE
 #endif
 
-// Before a function: it may use instructions that not every processor has; its caller asks `GIF_PROCESSOR_HAS` first.
+// Which vector instructions the compiler can be asked for. On x86 a function says which it uses, and its caller asks
+// first whether this processor has them.
 #if defined(__GNUC__) && defined(__x86_64__)
-#define GIF_X86_KERNELS 1
+#define GIF_X86_KERNELS
 #define GIF_TARGET(instructions) __attribute__((target(instructions)))
-#define GIF_PROCESSOR_HAS(instructions) __builtin_cpu_supports(instructions)
+#define GIF_PROCESSOR_HAS(instruction) __builtin_cpu_supports(instruction)
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+#define GIF_NEON_KERNELS
 #endif

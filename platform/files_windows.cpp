@@ -15,7 +15,8 @@
 
 namespace {
 
-constexpr size_t kLongPath = 240;  // units from which a path gets the long form; some calls want room for a name of 8.3
+constexpr size_t kLongPath =
+    240;  // units from which a path gets the long form; some calls want room for a name of 8.3
 
 bool IsDrive(std::wstring_view path) { return path.size() > 2 && path[1] == L':' && path[2] == L'\\'; }
 

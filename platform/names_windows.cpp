@@ -17,7 +17,8 @@ std::optional<std::u16string> Utf16Name(std::string_view text) {
   if (text.empty()) return std::u16string();
   const auto length = static_cast<int>(text.size());
   std::u16string units(text.size(), u'\0');
-  const int count = MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, Wide(units.data()), length);
+  const int count =
+      MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(), length, Wide(units.data()), length);
   if (count == 0) return std::nullopt;
   units.resize(static_cast<size_t>(count));
   return units;
@@ -27,8 +28,9 @@ std::optional<std::string> Utf8Name(std::u16string_view units) {
   if (units.find(u'\0') != units.npos) return std::nullopt;
   if (units.empty()) return std::string();
   std::string text(units.size() * 3, '\0');
-  const int count = WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, Wide(units.data()), static_cast<int>(units.size()),
-                                        text.data(), static_cast<int>(text.size()), nullptr, nullptr);
+  const int count =
+      WideCharToMultiByte(CP_UTF8, WC_ERR_INVALID_CHARS, Wide(units.data()), static_cast<int>(units.size()),
+                          text.data(), static_cast<int>(text.size()), nullptr, nullptr);
   if (count == 0) return std::nullopt;
   text.resize(static_cast<size_t>(count));
   return text;

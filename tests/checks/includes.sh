@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # The storeys of the house: every `#include "folder/..."` names a file of the same folder or of one that the folder's row
-# allows, and no two files include each other in a circle, a header and its source taken as one file.
+# allows, and no two files include each other in a circle, a header and its source taken as one file. What is a system's
+# or a compiler's own stays in platform/; only the script host, which is no part of the plugin, asks POSIX itself.
 set -euo pipefail
 cd "$1"
 
@@ -61,6 +62,10 @@ done < <(find platform codec scan bridge classes picture entry plugin host -name
 
 circles=$(tsort "$arrows" 2>&1 >/dev/null | sed 's/^tsort: //' || true)
 [ -z "$circles" ] || echo "files include each other in a circle:"$'\n'"$circles"
+
+own='#include <(sys/|unistd|fcntl|dlfcn|pthread|io\.h|windows|Core|gd\.h)|__APPLE__|_WIN32|__linux__|__GNUC__|__clang__|_MSC_VER'
+own+='|__attribute__|__builtin|__declspec|_unlocked\('
+! grep -nE "$own" {codec,scan,bridge,classes,picture,entry,plugin}/*.{h,cpp} 2>/dev/null || complain "only platform/ may say that"
 
 echo "$checked includes checked, $faults faults"
 [ "$faults" -eq 0 ] && [ "$checked" -gt 50 ]
