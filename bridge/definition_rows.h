@@ -12,7 +12,12 @@
 #include <string_view>
 #include <type_traits>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
+
+// Markers in the plugin's own tables, which no host gets to see: hosts that have pictures everywhere get the flag in
+// their place, older ones nothing. No table has the second.
+constexpr uint32_t kPictureMember = 0x40000;
+constexpr uint32_t kOtherMarker = 0x80000, kOtherMarked = 8;
 
 // --- Which C type a value of a type name has -----------------------------------------------------------------------
 

@@ -13,7 +13,7 @@
 #include <atomic>
 #include <mutex>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // Set once by `REALPluginMain`, before any handler runs.
 extern REALresolver gResolver;

@@ -37,9 +37,8 @@ static Bytes BytesOf(REALmemoryBlockStruct* block, const void* bytes, int64_t of
 
 // The number of pixels, when a MemoryBlock is made for so many: from 0 to 2^31 - 1. Otherwise -1.
 static int64_t PixelCount(int64_t width, int64_t height) {
-  int64_t count = 0;
-  if (__builtin_mul_overflow(width, height, &count)) return -1;
-  return count <= INT32_MAX ? std::max<int64_t>(count, -1) : -1;
+  const double count = static_cast<double>(width) * static_cast<double>(height);  // exact where it matters
+  return count >= 0 && count <= INT32_MAX ? width * height : -1;
 }
 
 // Copies the run to `target` and fills up to `size` bytes with zeros.
@@ -90,8 +89,8 @@ REALmemoryBlockStruct* GetPixelData(REALobjectStruct* self, int64_t row) {
     return row < record->height ? REALBuildMemoryblock(record->data[row], record->width) : nullptr;
   }
   if (!data->pixel_block || row >= data->height || data->width < 1) return nullptr;
-  int64_t offset = 0;
-  if (__builtin_mul_overflow(row, data->width, &offset)) offset = INT64_MAX;  // behind the end of any block
+  const bool far = row > INT64_MAX / data->width;
+  const int64_t offset = far ? INT64_MAX : row * data->width;  // far: behind the end of any block
   const void* stored = MyREALMemoryBlockGetPtr(data->pixel_block);
   if (!stored) return nullptr;
   const Bytes bytes = BytesOf(data->pixel_block, stored, offset, data->width);

@@ -13,9 +13,9 @@
 // Object results carry one reference for the script.
 
 #include "bridge/exceptions.h"
+#include "bridge/owner.h"
 #include "classes/instance.h"
 #include "classes/object_list.h"
-#include "classes/owner.h"
 
 template <typename Class, typename Value>
 Class ClassOfMemberPointer(Value Class::*);  // a type in disguise, never defined

@@ -1,13 +1,13 @@
 #include "codec/byte_stream.h"
 
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <cstring>
 
+#include "platform/files.h"
+
 int MyGetc(MyFILE* stream) {
   if (stream->file) {
-    const int byte = getc_unlocked(stream->file);
+    const int byte = GetByte(stream->file);
     if (byte == EOF) return 0;
     ++stream->position;
     return byte;
@@ -31,13 +31,11 @@ void ReadBytes(MyFILE* stream, uint8_t* bytes, int64_t count) {
 
 int64_t StreamSize(const MyFILE* stream) {
   if (!stream->file) return stream->buffer ? stream->size : 0;
-  struct stat status;
-  const bool known = fstat(fileno(stream->file), &status) == 0 && S_ISREG(status.st_mode);
-  return known ? std::max<int64_t>(status.st_size, stream->position) : stream->position;
+  return std::max(FileSize(stream->file), stream->position);
 }
 
 void MyPutc(MyFILE* stream, int byte) {
-  if (stream->file) putc_unlocked(byte & 0xFF, stream->file);
+  if (stream->file) PutByte(byte & 0xFF, stream->file);
 }
 
 void WriteBytes(MyFILE* stream, const uint8_t* bytes, int64_t count) {

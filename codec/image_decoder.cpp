@@ -2,12 +2,12 @@
 
 #include <algorithm>
 #include <array>
-#include <bit>
 #include <cstring>
 #include <numeric>
 
 #include "codec/lzw_decoder.h"
 #include "codec/picture_rows.h"
+#include "platform/compiler.h"
 
 // In sound data the strings of the codes stand in the image one after the other, across the ends of rows, and
 // a table entry repeats what is there already: the previous string and the pixel that follows it. So an entry
@@ -58,22 +58,18 @@ inline void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
   }
 }
 
-inline uint64_t LittleEndian(uint64_t value) {
-  return std::endian::native == std::endian::big ? __builtin_bswap64(value) : value;
-}
-
-inline uint64_t LoadLittleEndian(const uint8_t* bytes) {
+inline uint64_t Load64(const uint8_t* bytes) {
   uint64_t value = 0;
   std::memcpy(&value, bytes, sizeof value);
-  return LittleEndian(value);
+  return value;
 }
 
 // Copies a string, 2 pixels or more, of which the last lies where the first is put. A short one is put together
 // before it is stored: the code after it is likely to want it, and loading what two stores made is slow.
 [[gnu::noinline]] void CopyWithFirst(uint8_t* to, const uint8_t* from, uint64_t length) {
   if (length <= sizeof(uint64_t)) [[likely]] {
-    const uint64_t pixels = LoadLittleEndian(from), shift = 8 * (length - 1);
-    const uint64_t piece = LittleEndian((pixels & ((uint64_t{1} << shift) - 1)) | pixels << shift);
+    const uint64_t pixels = Load64(from), shift = 8 * (length - 1);
+    const uint64_t piece = (pixels & ((uint64_t{1} << shift) - 1)) | pixels << shift;
     std::memcpy(to, &piece, sizeof piece);
   } else {
     CopyForward(to, from, length);
@@ -197,7 +193,7 @@ void ImageDecoder::DecodeBatches() {
   uint64_t done = done_;
   String latest = latest_;
 
-  const auto decode = [&]() __attribute__((always_inline)) {
+  const auto decode = [&]() GIF_ALWAYS_INLINE {
     const auto code = static_cast<int64_t>(buffer & mask);
     strings[next] = Entry(latest);
     const uint64_t length = strings[code].length;
@@ -219,7 +215,7 @@ void ImageDecoder::DecodeBatches() {
   bool sound = true;
   while (sound && next <= last_next && in_end - in >= kLoad && (kNearEnd || total - done >= kBatch * kTableSize)) {
     // Bits above `bits` are those that the next load brings once more.
-    buffer |= LoadLittleEndian(in) << bits;
+    buffer |= Load64(in) << bits;
     in += (63 - bits) >> 3;
     bits |= 56;
     const int64_t first = next;

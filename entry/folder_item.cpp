@@ -1,7 +1,5 @@
 #include "entry/folder_item.h"
 
-#include <sys/stat.h>
-
 #include <cstdlib>
 #include <exception>
 #include <iterator>
@@ -11,6 +9,7 @@
 
 #include "bridge/host_reference.h"
 #include "platform/core_foundation.h"
+#include "platform/files.h"
 
 namespace {
 
@@ -94,28 +93,23 @@ bool FindPath(const Url& url, rbPath& path) {
   return path.as_it_stands && path.form_d;
 }
 
-bool Exists(const std::string& path) {
-  struct stat status;
-  return lstat(path.c_str(), &status) == 0;
-}
-
 // Which spelling of a path names something. Some file systems tell names apart that others take for the same:
 // form D is tried first; where nothing is there but the item, or a folder on its way, exists as it stands,
 // that name is used. A new item gets its name in form D, in the folder that exists.
 std::string SpellingInUse(const std::string& as_it_stands, const std::string& form_d) {
-  if (Exists(form_d)) return form_d;
-  if (Exists(as_it_stands)) return as_it_stands;
-  const size_t leaf = as_it_stands.rfind('/');
-  const size_t leaf_d = form_d.rfind('/');
+  if (IsThere(form_d.c_str())) return form_d;
+  if (IsThere(as_it_stands.c_str())) return as_it_stands;
+  const size_t leaf = as_it_stands.find_last_of(kPathSeparators);
+  const size_t leaf_d = form_d.find_last_of(kPathSeparators);
   if (leaf == std::string::npos || leaf == 0 || leaf_d == std::string::npos) return form_d;
   const std::string folder = SpellingInUse(as_it_stands.substr(0, leaf), form_d.substr(0, leaf_d));
   const std::string kept = folder + as_it_stands.substr(leaf);
-  return Exists(kept) ? kept : folder + form_d.substr(leaf_d);
+  return IsThere(kept.c_str()) ? kept : folder + form_d.substr(leaf_d);
 }
 
-FILE* OpenPath(const rbPath& path, const char* mode) {
+FILE* OpenInUse(const rbPath& path, const char* mode) {
   try {
-    return std::fopen(SpellingInUse(path.as_it_stands.get(), path.form_d.get()).c_str(), mode);
+    return OpenPath(SpellingInUse(path.as_it_stands.get(), path.form_d.get()).c_str(), mode);
   } catch (const std::exception&) {  // no memory for the path
     return nullptr;
   }
@@ -130,5 +124,5 @@ BufferedFile OpenCFILE(REALfolderItemStruct* item, const char* mode) {
   Url url = UrlOfExistingItem(item);
   if (!url) url = UrlOfNewItem(item);
   if (!url || !FindPath(url, path)) return BufferedFile();
-  return BufferedFile(OpenPath(path, mode));
+  return BufferedFile(OpenInUse(path, mode));
 }

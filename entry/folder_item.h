@@ -2,7 +2,7 @@
 
 // Opens the file that a host FolderItem names.
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "entry/buffered_file.h"
 
 // A stream with a buffer of 1 MiB; empty when the item is null, has no path, or `fopen` fails. `mode` goes to `fopen`

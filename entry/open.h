@@ -2,7 +2,7 @@
 
 // Opening documents from files and strings. Every failure gives null; no exception is raised.
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "codec/document.h"
 
 // A new GIFZKV instance that owns the document read; null when the bytes do not begin with "GIF", the item

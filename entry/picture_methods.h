@@ -3,7 +3,7 @@
 // The handlers of the members that return pictures. Each returns a picture with one reference for the script,
 // or null; none raises an exception.
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // GifPictureZKV
 REALpictureStruct* MakePicture(REALobjectStruct* self);

@@ -2,7 +2,7 @@
 
 // Saving a document to a file.
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // Writes the document of a GIFZKV instance, opened or built by scripts, to the file that the item names, made
 // or replaced. False (0), and no file touched, when `data` is null, memory for the document is lacking or an image

@@ -1,7 +1,5 @@
 #include "picture/conversion.h"
 
-#include <gd.h>
-
 #include <algorithm>
 
 #include "bridge/host_reference.h"
@@ -68,7 +66,7 @@ bool DrawInto(REALobjectStruct* graphics, REALpictureStruct* mask, long long wid
 }
 
 // Images of different sizes or kinds are left as they are.
-void CopyRows(const gdImage* source, const gdImage* target) {
+void CopyRows(const REALgdImage* source, const REALgdImage* target) {
   if (!source || !target || source->sx != target->sx || source->sy != target->sy) return;
   if (source->pixels || target->pixels || !source->tpixels || !target->tpixels) return;
   for (int y = 0; y < source->sy; ++y) {
@@ -82,7 +80,7 @@ void CopyInto(REALpictureStruct* target, REALpictureStruct* mask) {
     const LockedDescription from(mask, kPictureKindGDImage);
     if (!from) return;
     const LockedDescription to(target, kPictureKindGDImage);
-    if (to) CopyRows(from.platform_object<const gdImage>(), to.platform_object<const gdImage>());
+    if (to) CopyRows(from.platform_object<const REALgdImage>(), to.platform_object<const REALgdImage>());
   }
   REALPictureClearCache(target);
 }

@@ -2,7 +2,7 @@
 
 // One image of a document as host pictures: its colours, and a mask of its transparent pixels.
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "codec/document.h"
 
 // The size of the image that `MakePictureFromGifPicture` last accepted on this thread, in pixels; 0 before.

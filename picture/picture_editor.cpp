@@ -1,7 +1,5 @@
 #include "picture/picture_editor.h"
 
-#include <gd.h>
-
 #include <algorithm>
 #include <cstring>
 #include <utility>
@@ -29,7 +27,7 @@ bool IsWritable(CGContextRef context) {
 }
 
 // A true-colour image that is at least as large as its description says.
-bool IsWritable(const gdImage* image, const LockedDescription& description) {
+bool IsWritable(const REALgdImage* image, const LockedDescription& description) {
   if (image->pixels || !image->tpixels || !image->trueColor) return false;
   return description.height() >= 1 && description.width() <= image->sx && description.height() <= image->sy;
 }
@@ -76,7 +74,7 @@ bool PictureEditor::GetPictureEditorGDImagePtr(REALpictureStruct* picture, bool,
   LockedDescription description(picture, kPictureKindGDImage);
   if (!description) return false;
   IsConsole = true;
-  const auto* image = description.platform_object<gdImage>();
+  const auto* image = description.platform_object<REALgdImage>();
   if (!image || !IsWritable(image, description)) return false;
   Hold(picture, std::move(description));
   pixel_format_ = kGDPixelFormat;

@@ -3,8 +3,12 @@
 #include <algorithm>
 #include <cstring>
 
-#if defined(__x86_64__)
+#include "platform/compiler.h"
+
+#if defined(GIF_X86_KERNELS)
 #include <immintrin.h>
+#elif defined(GIF_NEON_KERNELS)
+#include <arm_neon.h>
 #endif
 
 // Two pixels make one 64-bit store, eight indexes one load.
@@ -26,13 +30,42 @@ namespace {
 
 bool SuitsAll(RowLookup&) { return true; }
 
-#if defined(__x86_64__)
+#if defined(GIF_X86_KERNELS) || defined(GIF_NEON_KERNELS)
 
 // Every vector kernel walks a row in steps of its own width; a last step that would run past the end of the
 // row starts earlier instead and renders some pixels twice.
 int64_t NextStart(int64_t x, int64_t step, int64_t count) {
   return x + step == count ? count : std::min(x + step, count - step);
 }
+
+// Finds where the 16 pixels that may differ from `others` begin; false when more than 16 neighbours differ.
+bool FindWindow(const PixelTable& table, uint32_t others, uint8_t& first) {
+  const auto differs = [others](uint32_t pixel) { return pixel != others; };
+  const auto begin = std::find_if(table.begin(), table.end(), differs);
+  const auto end = std::find_if(table.rbegin(), table.rend(), differs).base();
+  first = static_cast<uint8_t>(begin - table.begin());
+  return end - begin <= 16;
+}
+
+// Cuts up to 16 colours into planes. A palette of few colours leaves the table's end alike, a mask that is white at a
+// high index its front.
+bool CutWindow(RowLookup& lookup) {
+  const PixelTable& table = lookup.pixels;
+  lookup.others = table[255];
+  if (!FindWindow(table, lookup.others, lookup.first)) {
+    lookup.others = table[0];
+    if (!FindWindow(table, lookup.others, lookup.first)) return false;
+  }
+  for (size_t i = 0; i < 16; ++i) {
+    const uint32_t pixel = table[(lookup.first + i) % table.size()] ^ lookup.others;
+    for (size_t b = 0; b < 4; ++b) lookup.planes[b][i] = static_cast<uint8_t>(pixel >> 8 * b);
+  }
+  return true;
+}
+
+#endif
+
+#if defined(GIF_X86_KERNELS)
 
 const __m256i_u* Vector256(const uint8_t* bytes) {
   return static_cast<const __m256i_u*>(static_cast<const void*>(bytes));
@@ -43,7 +76,7 @@ __m256i_u* Vector256(uint8_t* bytes) { return static_cast<__m256i_u*>(static_cas
 // at once ---
 
 bool PreparePlanes(RowLookup& lookup) {
-  if (!__builtin_cpu_supports("avx512bw") || !__builtin_cpu_supports("avx512vbmi")) return false;
+  if (!GIF_PROCESSOR_HAS("avx512bw") || !GIF_PROCESSOR_HAS("avx512vbmi")) return false;
   for (size_t b = 0; b < lookup.planes.size(); ++b) {
     std::transform(lookup.pixels.begin(), lookup.pixels.end(), lookup.planes[b].begin(),
                    [b](uint32_t pixel) { return static_cast<uint8_t>(pixel >> 8 * b); });
@@ -51,9 +84,8 @@ bool PreparePlanes(RowLookup& lookup) {
   return true;
 }
 
-__attribute__((target("avx512f,avx512bw,avx512vbmi"))) void RenderPlanes(const RowLookup& lookup,
-                                                                         const uint8_t* indexes, int64_t count,
-                                                                         uint8_t* pixels) {
+GIF_TARGET("avx512f,avx512bw,avx512vbmi")
+void RenderPlanes(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
   __m512i plane[4][4];
   for (int b = 0; b < 4; ++b) {
     for (int quarter = 0; quarter < 4; ++quarter) {
@@ -84,33 +116,10 @@ __attribute__((target("avx512f,avx512bw,avx512vbmi"))) void RenderPlanes(const R
 
 // --- AVX2, up to 16 colours: a plane is 16 bytes, and one instruction looks 32 indexes up in it ---
 
-// Finds where the 16 pixels that may differ from `others` begin; false when more than 16 neighbours differ.
-bool FindWindow(const PixelTable& table, uint32_t others, uint8_t& first) {
-  const auto differs = [others](uint32_t pixel) { return pixel != others; };
-  const auto begin = std::find_if(table.begin(), table.end(), differs);
-  const auto end = std::find_if(table.rbegin(), table.rend(), differs).base();
-  first = static_cast<uint8_t>(begin - table.begin());
-  return end - begin <= 16;
-}
+bool PrepareWindow(RowLookup& lookup) { return GIF_PROCESSOR_HAS("avx2") && CutWindow(lookup); }
 
-// A palette of few colours leaves the table's end alike, a mask that is white at a high index its front.
-bool PrepareWindow(RowLookup& lookup) {
-  const PixelTable& table = lookup.pixels;
-  if (!__builtin_cpu_supports("avx2")) return false;
-  lookup.others = table[255];
-  if (!FindWindow(table, lookup.others, lookup.first)) {
-    lookup.others = table[0];
-    if (!FindWindow(table, lookup.others, lookup.first)) return false;
-  }
-  for (size_t i = 0; i < 16; ++i) {
-    const uint32_t pixel = table[(lookup.first + i) % table.size()] ^ lookup.others;
-    for (size_t b = 0; b < 4; ++b) lookup.planes[b][i] = static_cast<uint8_t>(pixel >> 8 * b);
-  }
-  return true;
-}
-
-__attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const uint8_t* indexes, int64_t count,
-                                                  uint8_t* pixels) {
+GIF_TARGET("avx2")
+void RenderWindow(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
   __m256i plane[4];
   for (int b = 0; b < 4; ++b) {
     plane[b] = _mm256_permute4x64_epi64(*Vector256(lookup.planes[b].data()), 0x44);  // the 16 bytes twice
@@ -141,10 +150,10 @@ __attribute__((target("avx2"))) void RenderWindow(const RowLookup& lookup, const
 
 // --- AVX2, any table: eight single look-ups, one store ---
 
-bool PrepareEights(RowLookup&) { return __builtin_cpu_supports("avx2"); }
+bool PrepareEights(RowLookup&) { return GIF_PROCESSOR_HAS("avx2"); }
 
-__attribute__((target("avx2"))) void RenderEights(const RowLookup& lookup, const uint8_t* indexes, int64_t count,
-                                                  uint8_t* pixels) {
+GIF_TARGET("avx2")
+void RenderEights(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
   const auto* table = static_cast<const int*>(static_cast<const void*>(lookup.pixels.data()));
   for (int64_t x = 0; x < count; x = NextStart(x, 8, count)) {
     uint32_t i, j;
@@ -157,13 +166,36 @@ __attribute__((target("avx2"))) void RenderEights(const RowLookup& lookup, const
   }
 }
 
+#elif defined(GIF_NEON_KERNELS)
+
+// --- NEON, up to 16 colours: a plane is 16 bytes, one instruction looks 16 indexes up in it and gives 0 for those
+// beyond, and one store puts four planes together ---
+
+void RenderWindow(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
+  uint8x16_t plane[4], others[4];
+  for (int b = 0; b < 4; ++b) {
+    plane[b] = vld1q_u8(lookup.planes[b].data());
+    others[b] = vdupq_n_u8(static_cast<uint8_t>(lookup.others >> 8 * b));
+  }
+  const uint8x16_t first = vdupq_n_u8(lookup.first);
+
+  for (int64_t x = 0; x < count; x = NextStart(x, 16, count)) {
+    const uint8x16_t index = vsubq_u8(vld1q_u8(indexes + x), first);
+    uint8x16x4_t out;
+    for (int b = 0; b < 4; ++b) out.val[b] = veorq_u8(others[b], vqtbl1q_u8(plane[b], index));
+    vst4q_u8(pixels + 4 * x, out);
+  }
+}
+
 #endif
 
 constexpr RowKernel kKernels[] = {
-#if defined(__x86_64__)
+#if defined(GIF_X86_KERNELS)
     {"planes of 256, AVX-512 VBMI", 64, PreparePlanes, RenderPlanes},
     {"planes of 16, AVX2", 32, PrepareWindow, RenderWindow},
     {"eight a step, AVX2", 8, PrepareEights, RenderEights},
+#elif defined(GIF_NEON_KERNELS)
+    {"planes of 16, NEON", 16, CutWindow, RenderWindow},
 #endif
     {"eight a step", 0, SuitsAll, RenderPlain},
 };

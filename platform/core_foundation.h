@@ -5,19 +5,16 @@
 // returns carries one reference for the caller, and is null when it cannot be made. Except where said,
 // arguments must not be null.
 
+#include "platform/host_platform.h"
+
 #if defined(__APPLE__)
-#include <CoreFoundation/CoreFoundation.h>
-#include <CoreServices/CoreServices.h>
+#include "platform/macos.h"
 #else
 
+#include <cstddef>
 #include <cstdint>
 
-// A file-system reference: begins with an absolute path, NUL-terminated within 4096 bytes.
-struct FSRef;
-
-// A string in UTF-16 units, or the URL of a file, which here is its path as such a string. A file name that
-// is not UTF-8 keeps its odd bytes: each becomes the unit 0xDC00 + byte, a lone surrogate that no text holds,
-// and turns into that byte again in UTF-8.
+// A string in UTF-16 units, or the URL of a file, which here is its path as such a string.
 struct CFText;
 using CFTypeRef = const CFText*;
 using CFStringRef = const CFText*;
@@ -25,7 +22,7 @@ using CFMutableStringRef = CFText*;
 using CFURLRef = const CFText*;
 
 using CFAllocatorRef = const void*;  // not looked at; may be null
-using CFIndex = long;
+using CFIndex = ptrdiff_t;
 using UniChar = uint16_t;
 using Boolean = unsigned char;
 enum CFStringEncoding : uint32_t { kCFStringEncodingUTF8 = 0x08000100 };

@@ -1,7 +1,5 @@
 #include "platform/core_graphics.h"
 
-#if !defined(__APPLE__)
-
 void* CGBitmapContextGetData(CGContextRef context) { return context->data; }
 size_t CGBitmapContextGetWidth(CGContextRef context) { return context->width; }
 size_t CGBitmapContextGetHeight(CGContextRef context) { return context->height; }
@@ -10,5 +8,3 @@ size_t CGBitmapContextGetBitsPerPixel(CGContextRef context) { return context->bi
 CGImageAlphaInfo CGBitmapContextGetAlphaInfo(CGContextRef context) {
   return static_cast<CGImageAlphaInfo>(context->alpha_info);
 }
-
-#endif

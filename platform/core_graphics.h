@@ -1,23 +1,17 @@
 #pragma once
 
 // The CoreGraphics calls that reach a bitmap context's pixels. On macOS these are the framework's own; elsewhere
-// a context is the plain record below, which the host fills, and the calls read it back.
+// a context is a plain record, which the host fills, and the calls read it back.
+
+#include "platform/host_platform.h"
 
 #if defined(__APPLE__)
-#include <CoreGraphics/CoreGraphics.h>
+#include "platform/macos.h"
 #else
 
 #include <cstddef>
 #include <cstdint>
 
-struct CGContext {
-  void* data;            // first byte of row 0; owned by whoever made the context
-  size_t width;          // pixels
-  size_t height;         // pixels
-  size_t bytes_per_row;  // bytes from one row's start to the next one's
-  size_t bits_per_pixel;
-  uint32_t alpha_info;  // CGImageAlphaInfo
-};
 using CGContextRef = CGContext*;
 
 // Where a pixel's alpha byte lies and how it is to be read; the numbers are CoreGraphics' own.

@@ -8,6 +8,7 @@
 #include "classes/palette_class.h"
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
+#include "platform/compiler.h"
 #include "plugin/definitions.h"
 #include "plugin/registration.h"
 
@@ -23,7 +24,7 @@ static void TellControlVersion() {
 // Called once by the host, before any script runs. The resolver gives a host function's address by its name,
 // or null when the host has none; it is kept for the life of the process. Registers everything that scripts
 // see.
-extern "C" __attribute__((visibility("default"))) void REALPluginMain(REALresolver resolver) {
+extern "C" GIF_EXPORTED void REALPluginMain(REALresolver resolver) {
   gResolver = resolver;
   AskHostVersion();
   CurrentREALControlVersion = ControlVersionFor(rbversion_rbversion);

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <cstring>
 
+#include "bridge/definition_rows.h"
 #include "bridge/host_functions.h"
 
 uint32_t CurrentREALControlVersion = 13;

@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // The class-definition version that the records handed to the host follow, 9 to 13; set by `REALPluginMain`.
 extern uint32_t CurrentREALControlVersion;

@@ -7,7 +7,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "host/core/declaration.h"
 
 namespace host {

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "host/core/call_form.h"
 #include "host/core/declaration.h"
 #include "host/core/heap.h"

@@ -7,7 +7,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "host/core/fault.h"
 #include "host/core/text.h"
 #include "host/core/trace.h"

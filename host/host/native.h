@@ -5,7 +5,7 @@
 
 #include <span>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "host/host/host.h"
 
 namespace host {

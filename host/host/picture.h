@@ -4,7 +4,7 @@
 #include <memory>
 #include <span>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "host/host/object.h"
 #include "host/host/pixels.h"
 

@@ -7,7 +7,7 @@
 #include <new>
 #include <vector>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 #include "platform/core_graphics.h"
 
 namespace host {

@@ -4,7 +4,7 @@
 
 #include <span>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 namespace host {
 

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The plugin's shared library defines one symbol for others and needs only the C and C++ runtime and utf8proc.
+# The plugin's shared library defines one symbol for others and needs only the C and C++ runtime.
 set -euo pipefail
 library="$1"
 
@@ -7,5 +7,5 @@ defined="$(nm -D --defined-only "$library" | awk '{print $NF}' | sed 's/@.*//')"
 [ "$defined" = REALPluginMain ] || { echo "symbols defined: $defined"; exit 1; }
 
 needed="$(readelf -d "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\].*/\1/p' |
-  grep -vE '^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*|libutf8proc)\.so' || true)"
-[ -z "$needed" ] || { echo "libraries needed beyond the runtimes and utf8proc: $needed"; exit 1; }
+  grep -vE '^(libc|libm|libstdc\+\+|libgcc_s|ld-linux.*)\.so' || true)"
+[ -z "$needed" ] || { echo "libraries needed beyond the runtimes: $needed"; exit 1; }

@@ -17,6 +17,13 @@
 
 namespace {
 
+// The plugin knows libgd's record by its beginning alone.
+static_assert(offsetof(gdImage, pixels) == offsetof(REALgdImage, pixels));
+static_assert(offsetof(gdImage, sx) == offsetof(REALgdImage, sx) &&
+              offsetof(gdImage, sy) == offsetof(REALgdImage, sy));
+static_assert(offsetof(gdImage, trueColor) == offsetof(REALgdImage, trueColor));
+static_assert(offsetof(gdImage, tpixels) == offsetof(REALgdImage, tpixels));
+
 using host::PictureKind;
 using Spoil = std::function<void(REALpictureDescription&)>;
 

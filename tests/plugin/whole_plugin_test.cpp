@@ -12,7 +12,7 @@
 #include <sstream>
 #include <string>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 // What was registered, as text that a child process shares; the host version that the resolver tells (below 0: none).
 constexpr size_t kTextRoom = 1 << 16;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <cstdlib>
 
-#include "bridge/host_records.h"
+#include "bridge/gif_plugin_host.h"
 
 namespace {
 

@@ -1,9 +1,11 @@
-#include "classes/owner.h"
+#include "bridge/owner.h"
 
 #include <cstdint>
 #include <memory>
 #include <new>
 #include <utility>
+
+#include "platform/compiler.h"
 
 namespace {
 
@@ -46,7 +48,7 @@ void ReleaseWaiting() {
 void ReleaseOwner(REALobjectStruct*& field) {
   auto owner = ObjectRef::Adopt(std::exchange(field, nullptr));
   if (!owner) return;
-  const auto frame = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+  const uintptr_t frame = GIF_FRAME_ADDRESS();
   int& depth = under_way.depth;
   while (depth > 0 && under_way.frames[depth - 1] <= frame) --depth;
   if (depth == kDeepest && Postpone(owner)) return;

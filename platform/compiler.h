@@ -1,0 +1,43 @@
+#pragma once
+
+// What the code asks of compilers and machines: words that each compiler has its own for, with a fallback, and the
+// one refusal.
+
+#include <bit>
+#include <cstdint>
+
+static_assert(std::endian::native == std::endian::little,
+              "records, codes and pixels are laid out for little-endian machines");
+
+// Before the function that a shared library shows.
+#if defined(_WIN32)
+#define GIF_EXPORTED __declspec(dllexport)
+#elif defined(__GNUC__)
+#define GIF_EXPORTED __attribute__((visibility("default")))
+#else
+#define GIF_EXPORTED
+#endif
+
+// After a lambda's parameters: it is to become part of its caller.
+#if defined(__GNUC__)
+#define GIF_ALWAYS_INLINE __attribute__((always_inline))
+#else
+#define GIF_ALWAYS_INLINE
+#endif
+
+// The address of the running function's frame.
+#if defined(__GNUC__)
+#define GIF_FRAME_ADDRESS() reinterpret_cast<uintptr_t>(__builtin_frame_address(0))
+#else
+#define GIF_FRAME_ADDRESS() reinterpret_cast<uintptr_t>(_AddressOfReturnAddress())
+#endif
+
+// Which vector instructions the compiler can be asked for. On x86 a function says which it uses, and its caller asks
+// first whether this processor has them.
+#if defined(__GNUC__) && defined(__x86_64__)
+#define GIF_X86_KERNELS
+#define GIF_TARGET(instructions) __attribute__((target(instructions)))
+#define GIF_PROCESSOR_HAS(instruction) __builtin_cpu_supports(instruction)
+#elif defined(__ARM_NEON) && defined(__aarch64__)
+#define GIF_NEON_KERNELS
+#endif

@@ -1,0 +1,52 @@
+#pragma once
+
+// What a platform has of its own for files and bitmaps, and what stands in for it elsewhere. A part of
+// gif_plugin_host.h; C and C++ can include it.
+
+#include <assert.h>
+#include <stddef.h>
+#include <stdint.h>
+
+#if !defined(__APPLE__)
+
+// A file or folder: a NUL-terminated absolute path in UTF-8. On Windows it begins with a drive or two backslashes,
+// and either slash separates.
+typedef struct FSRef {
+  char path[4096];
+} FSRef;
+
+static_assert(sizeof(FSRef) == 4096, "file");
+
+// A bitmap in memory, which the host makes, fills in and frees.
+typedef struct CGContext {
+  void* data;             // first byte of the top row
+  size_t width;           // pixels
+  size_t height;          // pixels
+  size_t bytes_per_row;   // from one row's start to the next one's; at least 4 * width
+  size_t bits_per_pixel;  // the plugin writes to 32
+  uint32_t alpha_info;    // CGImageAlphaInfo, as Core Graphics numbers it: 1, 3, 5: bytes red, green, blue, alpha;
+                          // 2, 4, 6: alpha, red, green, blue; the plugin writes to no others
+} CGContext;
+
+#elif __has_include(<CoreServices/CoreServices.h>)
+#include <CoreGraphics/CoreGraphics.h>
+#include <CoreServices/CoreServices.h>
+#else  // without the frameworks' headers: the same layouts
+
+typedef struct FSRef {
+  uint8_t hidden[80];
+} FSRef;
+
+#endif
+
+#if !defined(__APPLE__) || !__has_include(<CoreServices/CoreServices.h>)
+
+// The last part of a path, in UTF-16 units.
+typedef struct HFSUniStr255 {
+  uint16_t length;        // units in use, 1 to 255
+  uint16_t unicode[255];  // not terminated
+} HFSUniStr255;
+
+#endif
+
+static_assert(sizeof(HFSUniStr255) == 512, "name");
