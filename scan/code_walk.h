@@ -4,7 +4,7 @@
 
 #include <cstdint>
 
-#include "codec/lzw_decoder.h"
+#include "codec/format.h"
 
 enum class WalkEnd : uint8_t {
   kDataEnds,       // no whole code is left

@@ -4,8 +4,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "codec/document.h"
-#include "codec/lzw_decoder.h"
+#include "codec/format.h"
 #include "scan/code_walk.h"
 
 namespace {

@@ -10,6 +10,7 @@
 #include <string>
 
 #include "codec/document.h"
+#include "codec/format.h"
 #include "codec/reader.h"
 #include "tests/support/code_streams.h"
 
