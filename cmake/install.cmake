@@ -1,6 +1,6 @@
 # What `cmake --install` puts where, and the Debian package that `cpack` makes of it.
 
-install(TARGETS gif_plugin LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
+install(TARGETS gif_plugin gif_plugin_tolerant gifscan LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
 install(TARGETS gifhost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "codec/tolerance.h"
+
 // The codes as after a clear code.
 static void RestartCodes(GifDecoder* decoder) {
   decoder->code_count = decoder->end_code + 1;
@@ -96,7 +98,7 @@ void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t
       if (defined < kTableSize) {
         decoder->prefix[defined] = last_code;
         decoder->suffix[defined] = first;
-      } else if (kUsesFullTable) {
+      } else if (kTolerant) {
         decoder->code_count = kTableSize + 2;  // no need to count further
       } else {
         return;

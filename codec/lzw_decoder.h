@@ -13,14 +13,6 @@
 
 constexpr int32_t kNoCode = 4098;  // where there is no code
 
-// What becomes of codes that follow when the table is full and no clear code has come (a "deferred" clear code). The
-// row ends there, unless the build chooses to go on with the table as it is.
-#if defined(GIF_DEFERRED_CLEAR)
-constexpr bool kUsesFullTable = true;
-#else
-constexpr bool kUsesFullTable = false;
-#endif
-
 // The state between two rows of one image. Codes below `clear_code` are pixel values, those above `end_code`
 // table entries.
 struct GifDecoder {

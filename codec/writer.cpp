@@ -1,13 +1,17 @@
 #include "codec/writer.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstdlib>
+#include <functional>
 #include <memory>
+#include <numeric>
 
 #include "codec/format.h"
 #include "codec/lzw_encoder.h"
 #include "codec/picture_rows.h"
 #include "codec/sub_blocks.h"
+#include "codec/tolerance.h"
 
 namespace {
 
@@ -65,10 +69,23 @@ void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
   if (picture->has_cmap) WritePalette(stream, picture->cmap);
 }
 
+// Bits that hold any pixel of a picture.
+int32_t BitsOfPixels(const GifPicture* picture) {
+  uint32_t bits = 0;
+  if (!picture->data || picture->width < 1) return 0;
+  for (int32_t i = 0; i < picture->height; ++i) {
+    const uint8_t* row = picture->data[i];
+    if (row) bits = std::accumulate(row, row + picture->width, bits, std::bit_or<>());
+  }
+  return std::bit_width(bits);
+}
+
 // Section 22: bits for each pixel of a picture, from the table that its pixels index.
 int32_t CodeSize(const GifScreen* screen, const GifPicture* picture) {
   const int32_t depth = picture->has_cmap ? picture->cmap_depth : screen->cmap_depth;
-  return depth > kMaxMinimumCodeSize ? kUsualCodeSize : std::max(depth, kMinimumCodeSize);
+  if (depth > kMaxMinimumCodeSize) return kUsualCodeSize;
+  const int32_t needed = kTolerant && depth < kUsualCodeSize ? BitsOfPixels(picture) : 0;
+  return std::max({depth, needed, kMinimumCodeSize});
 }
 
 void WriteRows(MyFILE* stream, GifEncoder* encoder, const GifPicture* picture) {

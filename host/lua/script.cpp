@@ -52,6 +52,15 @@ Script::Script(Host& /*host*/, const std::string& name, std::vector<std::string>
 
 Script::~Script() { lua_close(lua_); }
 
+void Script::FindModulesIn(const std::string& folder) {
+  lua_getglobal(lua_, "package");
+  PushString(lua_, folder + "/?.so;");
+  lua_getfield(lua_, -2, "cpath");
+  lua_concat(lua_, 2);
+  lua_setfield(lua_, -2, "cpath");
+  lua_pop(lua_, 1);
+}
+
 bool Script::RunFile(const std::string& path) {
   lua_pushcfunction(lua_, AddTraceback);
   return Run(luaL_loadfile(lua_, path.empty() ? nullptr : path.c_str()));

@@ -18,6 +18,9 @@ class Script {
   Script(const Script&) = delete;
   Script& operator=(const Script&) = delete;
 
+  // Lets `require` find shared objects in a folder, before those elsewhere.
+  void FindModulesIn(const std::string& folder);
+
   // Each runs a script to its end; false, with the message in error(), when it fails.
   bool RunFile(const std::string& path);  // empty: standard input
   bool RunCode(const std::string& code, const std::string& chunk_name);

@@ -6,13 +6,16 @@ namespace host {
 
 namespace fs = std::filesystem;
 
-std::string PluginFile(const ProgramOptions& options) {
-  if (!options.plugin.empty()) return fs::absolute(options.plugin);
+std::string LibraryFolder() {
   const fs::path program_folder = fs::read_symlink("/proc/self/exe").parent_path();
-  const fs::path beside = program_folder / "gif_plugin.so";
   // From the folder of installed programs to that of installed plugins.
-  const fs::path installed = program_folder / GIFHOST_PLUGIN_FOLDER / "gif_plugin.so";
-  return !fs::exists(beside) && fs::exists(installed) ? installed.lexically_normal() : beside;
+  const fs::path installed = program_folder / GIFHOST_PLUGIN_FOLDER;
+  const bool is_installed = !fs::exists(program_folder / kPluginName) && fs::exists(installed / kPluginName);
+  return is_installed ? installed.lexically_normal() : program_folder;
+}
+
+std::string PluginFile(const ProgramOptions& options) {
+  return options.plugin.empty() ? fs::path(LibraryFolder()) / kPluginName : fs::absolute(options.plugin);
 }
 
 }  // namespace host

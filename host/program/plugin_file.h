@@ -6,8 +6,13 @@
 
 namespace host {
 
-// The plugin that a command line asks for: the named one, else the one beside the program, else the installed one.
-// An absolute path.
+constexpr const char* kPluginName = "gif_plugin.so";
+
+// Where the plugin and the modules that scripts `require` lie: beside the program, else where they are installed. An
+// absolute path.
+std::string LibraryFolder();
+
+// The plugin that a command line asks for: the named one, else the one in that folder. An absolute path.
 std::string PluginFile(const ProgramOptions& options);
 
 }  // namespace host

@@ -26,6 +26,17 @@ local function run_snippets(name)
   return result, count
 end
 
+-- --- docs/scanning.md -----------------------------------------------------------------------------------------------
+
+t.expect("snippets of scanning.md", select(2, run_snippets("scanning.md")), 1)
+local kinds = {}
+for kind in read("scanning.md"):gmatch("\n| `([%w_]+)` | [yn]") do kinds[kind] = true end
+for kind in pairs(require "gifscan".meanings) do
+  assert(kinds[kind], kind .. " is not on the page")
+  kinds[kind] = nil
+end
+assert(not next(kinds), next(kinds))
+
 -- --- docs/scripting.md ----------------------------------------------------------------------------------------------
 
 assert(select(2, run_snippets("scripting.md")) > 50, "snippets are missing")

@@ -1,8 +1,10 @@
--- Random free-standing trees, in and out of range, are saved as the slow writer says.
+-- Random free-standing trees, in and out of range, are saved as the slow writer says. Arguments: how many trees, how many
+-- images, "tolerant" for the plugin that is so.
 
 local t = dofile((arg[0]:gsub("[^/]*$", "../support/support.lua")))
 local oracle = dofile((arg[0]:gsub("[^/]*$", "../oracle/slow_writer.lua")))
 local kTrees, kImages = tonumber(arg[1]) or 1000, tonumber(arg[2]) or 10000
+oracle.tolerant = arg[3] == "tolerant"
 math.randomseed(20, 26)
 
 local random = math.random

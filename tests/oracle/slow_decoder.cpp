@@ -3,7 +3,7 @@
 namespace oracle {
 
 // Of a build that reads on when the table is full and no clear code comes; else the row ends.
-#if defined(GIF_DEFERRED_CLEAR)
+#if defined(GIF_TOLERANT)
 static constexpr bool kGoesOnWhenFull = true;
 #else
 static constexpr bool kGoesOnWhenFull = false;

@@ -1,8 +1,8 @@
 -- What a tree of plain tables is as a GIF file, step by step: the judge of saving. The tables have the script classes'
 -- property names; `Blocks`, `Items` and `Colours` are { n = count, ... } and may hold false for nil. An image's
--- `CodeSize` wins over the depth of its table.
+-- `CodeSize` wins over the depth of its table. A tolerant writer takes one that holds the largest pixel.
 
-local writer = {}
+local writer = { tolerant = false }
 
 local function low32(value)
   value = (value or 0) & 0xFFFFFFFF
@@ -101,8 +101,10 @@ local function image(picture, screen)
       | (own and depth_bits(picture.PaletteDepth) or 0)
   local code_size = picture.CodeSize or low32((own and picture or screen).PaletteDepth)
   code_size = code_size > 11 and 8 or math.max(code_size, 2)
+  local pixels = file_pixels(picture)
+  while writer.tolerant and code_size < 8 and pixels:find(("[%c-\255]"):format(1 << code_size)) do code_size = code_size + 1 end
   return word(picture.Left) .. word(picture.Top) .. word(picture.Width) .. word(picture.Height) .. byte(packed)
-      .. colours(picture) .. byte(code_size) .. in_sub_blocks((writer.image_data(code_size, file_pixels(picture)))) .. "\0"
+      .. colours(picture) .. byte(code_size) .. in_sub_blocks((writer.image_data(code_size, pixels))) .. "\0"
 end
 
 local function extension(from)
