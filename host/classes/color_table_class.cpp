@@ -6,7 +6,7 @@
 #include "host/classes/color_table.h"
 #include "host/core/text.h"
 #include "host/host/memory_block.h"
-#include "host/host/native.h"
+#include "host/classes/native.h"
 
 namespace host {
 namespace {

@@ -2,7 +2,7 @@
 
 #include "host/core/output_file.h"
 
-#include "host/host/native.h"
+#include "host/classes/native.h"
 #include "host/host/object.h"
 #include "host/host/string.h"
 

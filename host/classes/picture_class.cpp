@@ -6,7 +6,7 @@
 #include "host/classes/drawing.h"
 #include "host/classes/picture_file.h"
 #include "host/core/text.h"
-#include "host/host/native.h"
+#include "host/classes/native.h"
 #include "host/host/picture.h"
 #include "host/host/string.h"
 

@@ -6,9 +6,9 @@
 
 #include "host/core/encoding.h"
 #include "host/host/folder_item.h"
-#include "host/host/host_call.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
+#include "host/functions/host_call.h"
+#include "host/classes/native.h"
+#include "host/functions/host_functions.h"
 
 namespace host {
 namespace {

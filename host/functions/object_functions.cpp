@@ -2,9 +2,9 @@
 
 #include "host/host/dispatch.h"
 #include "host/host/exception.h"
-#include "host/host/host_call.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
+#include "host/functions/host_call.h"
+#include "host/classes/native.h"
+#include "host/functions/host_functions.h"
 
 namespace host {
 namespace {

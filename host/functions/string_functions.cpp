@@ -1,9 +1,9 @@
 // The host functions for strings.
 
 #include "host/core/encoding.h"
-#include "host/host/host_call.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
+#include "host/functions/host_call.h"
+#include "host/classes/native.h"
+#include "host/functions/host_functions.h"
 
 namespace host {
 namespace {

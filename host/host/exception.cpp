@@ -1,6 +1,6 @@
 #include "host/host/exception.h"
 
-#include "host/host/native.h"
+#include "host/classes/native.h"
 
 namespace host {
 namespace {

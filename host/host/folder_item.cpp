@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include "host/host/native.h"
+#include "host/classes/native.h"
 #include "host/host/string.h"
 
 namespace host {

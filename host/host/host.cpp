@@ -9,8 +9,8 @@
 #include "host/core/trace.h"
 #include "host/host/dispatch.h"
 #include "host/host/exception.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
+#include "host/classes/native.h"
+#include "host/functions/host_functions.h"
 #include "host/host/string.h"
 
 namespace host {

@@ -4,7 +4,7 @@
 #include <cstring>
 
 #include "host/core/text.h"
-#include "host/host/native.h"
+#include "host/classes/native.h"
 #include "host/host/string.h"
 
 namespace host {

@@ -6,7 +6,7 @@
 
 #include "host/core/text.h"
 #include "host/host/dispatch.h"
-#include "host/host/resolver.h"
+#include "host/functions/host_functions.h"
 #include "host/host/string.h"
 #include "host/program/exercise.h"
 #include "host/program/listing.h"

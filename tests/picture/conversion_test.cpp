@@ -10,7 +10,7 @@
 
 #include "bridge/host_reference.h"
 #include "host/host/picture.h"
-#include "host/host/resolver.h"
+#include "host/functions/host_functions.h"
 #include "picture/picture_editor.h"
 #include "platform/core_graphics.h"
 #include "tests/support/lending.h"

@@ -1,4 +1,4 @@
-#include "host/host/native.h"
+#include "host/classes/native.h"
 
 #include "host/host/string.h"
 

@@ -1,4 +1,4 @@
-#include "host/host/host_call.h"
+#include "host/functions/host_call.h"
 
 namespace host {
 

@@ -1,4 +1,4 @@
-#include "host/host/resolver.h"
+#include "host/functions/host_functions.h"
 
 #include <map>
 #include <string_view>
