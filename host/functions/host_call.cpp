@@ -2,14 +2,14 @@
 
 namespace host {
 
-std::string ShowHandle(const void* handle) {
+std::string HostCall::Show(const void* handle) const {
   if (handle == nullptr) return "nil";
-  const Counted* thing = Host::Current().heap().Peek(handle);
+  const Counted* thing = host_.heap().Peek(handle);
   return thing != nullptr ? thing->Describe() : Text(handle);
 }
 
-bool HostCall::CountCall(const char* name) {
-  Host::CallCount& count = Host::Current().call_count(name);
+bool HostCall::CountCall(const char* name) const {
+  Host::CallCount& count = host_.call_count(name);
   return ++count.called == count.failing_call;
 }
 
