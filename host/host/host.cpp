@@ -45,6 +45,7 @@ Host::Host(HostOptions options) : options_(std::move(options)) {
   AddPictureClasses(*this);
   AddOutputFileClass(*this);
   AddColorTableClass(*this);
+  AddFilmClass(*this);
   AddApplicationClasses(*this);
   AddGlobalMethods(*this);
   for (const char* counting :
