@@ -44,7 +44,6 @@ Host::Host(HostOptions options) : options_(std::move(options)) {
   AddFolderItemClass(*this);
   AddPictureClasses(*this);
   AddOutputFileClass(*this);
-  AddColorTableClass(*this);
   AddFilmClass(*this);
   AddApplicationClasses(*this);
   AddGlobalMethods(*this);

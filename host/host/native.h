@@ -48,7 +48,6 @@ void AddMemoryBlockClass(Host& host);
 void AddFolderItemClass(Host& host);
 void AddPictureClasses(Host& host);
 void AddOutputFileClass(Host& host);
-void AddColorTableClass(Host& host);
 void AddFilmClass(Host& host);
 void AddApplicationClasses(Host& host);
 void AddGlobalMethods(Host& host);

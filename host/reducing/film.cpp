@@ -233,7 +233,7 @@ void Film::ShareTable() {
       those.clear();
     }
   }
-  table_ = Table(std::move(shared));
+  table_ = TableOf(std::move(shared));
 }
 
 bool Film::Plan(const Wishes& wishes) {
@@ -241,17 +241,24 @@ bool Film::Plan(const Wishes& wishes) {
   const bool fits = ColorsFit();
   if (!PlanSteps(wishes.exact && !fits)) return false;
   if (fits) {
-    table_ = Table(colors_.distinct());
+    table_ = TableOf(colors_.distinct());
   } else if (wishes.exact) {
     ShareTable();
   } else if (wishes.tables != Tables::kOwn) {
-    table_ = Table(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
+    table_ = TableOf(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
     nearest_.emplace(table_.colors());
   }
   wishes_.exact = wishes.exact || fits;
   source_ = below_ = Blank();
   wanted_ = source_below_ = source_;
   return true;
+}
+
+// With an index to spare where some pixels must be transparent.
+Table Film::TableOf(std::vector<uint32_t> colors) const {
+  const bool full = colors.size() >= 2 && (colors.size() & (colors.size() - 1)) == 0;
+  if (has_clear_ && full) colors.push_back(0);
+  return Table(std::move(colors));
 }
 
 // Whether one table has room for all colours as they are.
@@ -264,7 +271,7 @@ bool Film::ColorsFit() const {
 // ----------------------------------------------------------------------------------------------------------
 
 Table Film::OwnTable(const Step& step) const {
-  if (wishes_.exact) return Table(step.colors);
+  if (wishes_.exact) return TableOf(step.colors);
   Quantiser colors;
   for (int y = step.place.top; y < step.place.bottom; ++y) {
     for (int x = step.place.left; x < step.place.right; ++x) {
@@ -273,7 +280,7 @@ Table Film::OwnTable(const Step& step) const {
   }
   std::vector<uint32_t> chosen = colors.Choose(static_cast<size_t>(wishes_.most_colors - 1));
   if (chosen.empty()) chosen.push_back(0);  // an image has some table even where it shows nothing new
-  return Table(std::move(chosen));
+  return TableOf(std::move(chosen));
 }
 
 // Whether a table of its own makes a frame look better enough to be worth its bytes.

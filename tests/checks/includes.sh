@@ -18,7 +18,8 @@ storeys=(
   'host/core: platform bridge/host_records.h bridge/definition_rows.h'
   'host/host: host/core platform bridge/host_records.h bridge/definition_rows.h'
   'host/functions: host/host host/core platform bridge/host_records.h'
-  'host/classes: host/host host/core platform bridge/host_records.h bridge/definition_rows.h'
+  'host/reducing:'
+  'host/classes: host/reducing host/host host/core platform bridge/host_records.h bridge/definition_rows.h'
   'host/lua: host/classes host/functions host/host host/core platform bridge/host_records.h'
   'host/program: host/lua host/classes host/functions host/host host/core platform bridge/host_records.h'
 )
