@@ -8,6 +8,7 @@
 package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
 local building, command, controls, extensions = require "building", require "command", require "controls", require "extensions"
 local files, recolouring, reversing, text = require "files", require "recolouring", require "reversing", require "text"
+local optimising = require "optimising"
 
 local kLeastDelayCs = 2 -- players take shorter ones for 0.1 s: they count as this long
 
@@ -44,6 +45,8 @@ local options, operands = command.parse {
     { "--delay SECONDS", "that each frame stays; x2 is twice as long as now, x0.5 half", delay_kind },
     { "--loop N", "times that players repeat it; 0 is for ever", command.whole(0, 65535) },
     { "--comment TEXT", "add a comment at the end", command.text },
+    { "--optimise", "make the file smaller without changing what it shows" },
+    { "--lossy N", "optimise, with colours up to that far from the right ones (1 to 255)", command.whole(1, 255) },
   },
   more = "Edits are made in this order. Without options: --reverse --recolour sunset --delay x2.",
 }
@@ -85,6 +88,11 @@ local function edited(blocks, screen)
   if options.delay then blocks = controls.with_delays(blocks, options.delay) end
   if options.loop then blocks = with_loops(blocks, options.loop) end
   if options.comment then blocks[#blocks + 1] = building.comment(options.comment) end
+  if options.optimise or options.lossy then
+    local smaller, why = optimising.optimised(blocks, screen, options.lossy)
+    if not smaller then command.fail(input .. ": cannot be optimised: " .. why) end
+    blocks = smaller
+  end
   return blocks, whole
 end
 

@@ -11,7 +11,7 @@ FullHost::FullHost(HostOptions options) : Host(std::move(options), FindHostFunct
   AddFolderItemClass(*this);
   AddPictureClasses(*this);
   AddOutputFileClass(*this);
-  AddColorTableClass(*this);
+  AddFilmClass(*this);
   AddApplicationClass(*this);
   AddGlobalMethods(*this);
 }
