@@ -17,8 +17,8 @@
 #include "bench/growth_plot.h"
 #include "bench/heap_peak.h"
 #include "bench/turns.h"
+#include "codec/format.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
 #include "entry/buffered_file.h"
@@ -193,7 +193,6 @@ Bytes Plain(int32_t side) {
   block->intro = kImageIntroducer;
   block->picture = NewPicture();
   block->picture->width = block->picture->height = side;
-  MakeRows(block->picture);
   char* bytes = nullptr;
   size_t size = 0;
   FILE* memory = open_memstream(&bytes, &size);

@@ -35,8 +35,9 @@ GifPicture* NewPicture() {
 void DeletePicture(GifPicture* picture) {
   if (!picture) return;
   DeletePalette(picture->cmap);
-  std::free(picture->pixels);
-  std::free(picture->data);
+  std::free(picture->memory);
+  if (picture->tail) std::free(picture->tail->runs), std::free(picture->tail->pixels);
+  std::free(picture->tail);
   std::free(picture);
 }
 

@@ -26,6 +26,8 @@ struct GifDecoder {
   int32_t last_code;           // the previous code; `kNoCode` in the beginning and after a clear code
   int32_t stack_depth;         // pixels on `stack` that wait for the next row
   CodeInput input;             // the image's data
+  int32_t pushed_code;         // the table code whose string fills `stack` from the bottom; `kNoCode`: unknown
+  int32_t pushed_depth;        // that string's pixels
   uint8_t stack[kTableSize];   // a decoded string, its last pixel at the bottom
   uint8_t suffix[kTableSize];  // the last pixel of each entry's string
   int32_t prefix[kTableSize];  // the code of the string without that pixel; `kNoCode`: entry not defined
@@ -34,17 +36,21 @@ struct GifDecoder {
 // Makes a decoder ready for the first row of an image, but for its input. `code_size` is 0 to `kMaxMinimumCodeSize`.
 void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size);
 
-// Decodes the next `length` pixels into `line`; reads nothing when `line` is null. Past the end of the data
-// every bit is 0. Bad data is not reported: it ends the call early, later pixels keep their values, and the
-// next call goes on from there with the `last_code` (unless cleared) and the `stack_depth` that this call
-// began with. The stream may be read ahead, though never beyond the image's data.
-void ReadGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length);
+// Decodes the next `length` pixels into `line` and gives how many there were; reads nothing when `line` is null. Past
+// the end of the data every bit is 0. Bad data is not reported: it ends the call early, later pixels keep their
+// values, and the next call goes on from there with the `last_code` (unless cleared) and the `stack_depth` that this
+// call began with. The stream may be read ahead, though never beyond the image's data.
+int32_t ReadGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length);
 
 // The part of `ReadGifLine` that follows when the first `done` pixels stand in `line` already, none wait on
 // the stack and `last_code` was the previous code; the record's `last_code` and `stack_depth` are still those
 // that the row began with.
-void ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length, int32_t done,
-                     int32_t last_code);
+int32_t ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t length, int32_t done,
+                        int32_t last_code);
 
-// True when all codes to come are 0 and no pixel waits: rows that are zero already will not change.
+// True when all codes to come are 0 and no pixel waits: all rows to come are zeros.
 bool OnlyZerosFollow(const GifDecoder* decoder);
+
+// True when all codes to come are 0 and the next is an error that changes nothing: all rows of `length` pixels to
+// come are alike.
+bool RepeatsForGood(const GifDecoder* decoder, int32_t length);

@@ -8,8 +8,6 @@
 #include "codec/format.h"
 #include "codec/image_decoder.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
-#include "codec/row_budget.h"
 #include "codec/sub_blocks.h"
 
 static int32_t ReadWord(MyFILE* stream) {
@@ -98,42 +96,27 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
   return ReadGifPalette(stream, picture->cmap);
 }
 
-// Whether the sub-blocks gathered could begin an image that size. Only then are its pixels worth touching
-// before there is something to put into them: a hostile file names a large image in a few bytes.
-static bool MayFill(const CodeInput& input, const GifPicture& picture) {
-  constexpr int64_t kMostPixelsPerByte = 8192;  // several times what data of this format achieve
-  return int64_t{picture.width} * picture.height <= input.block_len * kMostPixelsPerByte;
-}
-
-// The image's data from its minimum code size on, into rows made for the picture. Without a picture it is passed
-// over. False when there is no memory for rows, or no more to be spent on them.
-static bool ReadImageData(MyFILE* stream, GifPicture* picture, RowBudget* budget) {
+// The image's data from its minimum code size on. Without a picture it is passed over. False when there is no memory
+// for the pixels.
+static bool ReadImageData(MyFILE* stream, GifPicture* picture) {
   CodeInput input;
   input.Start();
   const int32_t code_size = MyGetc(stream);
-  bool made = false;
-  if (picture) {
-    input.Gather(stream);
-    const bool zeroed = code_size > kMaxMinimumCodeSize || !MayFill(input, *picture);
-    made = budget->Spend(picture->width, picture->height) &&
-           MakeRows(picture, zeroed ? RowContents::kZeros : RowContents::kUnset);
-    if (made && picture->pixels && code_size <= kMaxMinimumCodeSize) {
-      DecodeImage(stream, &input, code_size, picture->pixels, picture->width, picture->height, zeroed);
-    }
-  }
+  const bool decodes = picture && picture->width > 0 && picture->height > 0 && code_size <= kMaxMinimumCodeSize;
+  const bool made = !decodes || DecodeImage(stream, &input, code_size, picture);
   if (!input.data_ended) SkipSubBlocks(stream);
-  return made;
+  return picture && made;
 }
 
 // An image is read to its end with or without memory for it, so that the next block is found.
-static void ReadImage(MyFILE* stream, GifBlock* block, RowBudget* budget) {
+static void ReadImage(MyFILE* stream, GifBlock* block) {
   GifPalette no_palette{};
   GifPicture no_picture{};
   no_picture.cmap = &no_palette;
 
   GifPicture* picture = NewPicture();
   const bool described = ReadImageDescriptor(stream, picture ? picture : &no_picture);
-  if (ReadImageData(stream, described ? picture : nullptr, budget)) {
+  if (ReadImageData(stream, described ? picture : nullptr)) {
     block->picture = picture;
   } else {
     DeletePicture(picture);
@@ -142,7 +125,7 @@ static void ReadImage(MyFILE* stream, GifBlock* block, RowBudget* budget) {
 }
 
 // The next block; null after the last one, or without memory.
-static GifBlock* ReadBlock(MyFILE* stream, RowBudget* budget) {
+static GifBlock* ReadBlock(MyFILE* stream) {
   GifBlock* block = NewRecord<GifBlock>();
   if (!block) return nullptr;
   block->intro = MyGetc(stream);
@@ -151,7 +134,7 @@ static GifBlock* ReadBlock(MyFILE* stream, RowBudget* budget) {
       ReadExtension(stream, block);
       return block;
     case kImageIntroducer:
-      ReadImage(stream, block, budget);
+      ReadImage(stream, block);
       return block;
     default:
       DeleteGifBlock(block);
@@ -174,6 +157,5 @@ void ReadGif(MyFILE* stream, Gif* gif) {
   ReadBytes(stream, reinterpret_cast<uint8_t*>(gif->header), 6);
   if (std::memcmp(gif->header, "GIF87a", 6) != 0 && std::memcmp(gif->header, "GIF89a", 6) != 0) return;
   ReadScreen(stream, gif->screen);
-  RowBudget budget(stream);
-  while (GifBlock* block = ReadBlock(stream, &budget)) AppendBlock(gif, block);
+  while (GifBlock* block = ReadBlock(stream)) AppendBlock(gif, block);
 }

@@ -13,7 +13,6 @@
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
 #include "entry/document_holder.h"
 
 namespace {
@@ -63,16 +62,10 @@ void CopyHeader(REALstringStruct* source, char* header) {
   if (text.length() > 0) std::strncpy(header, text.bytes(), static_cast<size_t>(std::min<int64_t>(text.length(), 6)));
 }
 
-// Fills the rows with what the MemoryBlock holds of them.
-void CopyPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
-  const auto* bytes = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(source));
-  int64_t left = bytes ? MemoryBlockSize(source) : 0;
-  for (int32_t row = 0; picture->pixels && row < picture->height && left > 0; ++row) {
-    const int64_t length = std::min<int64_t>(left, picture->width);
-    std::copy_n(bytes, length, picture->data[row]);
-    bytes += length;
-    left -= length;
-  }
+// The picture reads what the MemoryBlock holds of its rows where it stands: the script's object keeps it.
+void BorrowPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
+  picture->pixels = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(source));
+  picture->pixel_count = picture->pixels ? MemoryBlockSize(source) : 0;
 }
 
 GifPicture* AssemblePicture(const GifPictureInstance& source) {
@@ -84,7 +77,7 @@ GifPicture* AssemblePicture(const GifPictureInstance& source) {
     DeletePicture(picture);
     return nullptr;
   }
-  if (MakeRows(picture)) CopyPixels(source.pixel_block, picture);
+  BorrowPixels(source.pixel_block, picture);
   return picture;
 }
 
