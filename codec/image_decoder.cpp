@@ -142,7 +142,7 @@ class ImageDecoder {
   String strings_[kTableSize];
 };
 
-static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 72 * 1024);  // all lie on the stack
+static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 96 * 1024);  // all lie on the stack
 
 ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture)
     : stream_(stream),
@@ -353,8 +353,7 @@ GifDecoder ImageDecoder::Exact() const {
   std::copy_n(row_.stack, row_.stack_depth, exact.stack);
   for (int32_t entry = end_code_ + 1; entry < next_; ++entry) {
     const String string = strings_[entry];
-    exact.prefix[entry] = string.code;
-    exact.suffix[entry] = memory_[string.place + string.length - 1];
+    DefineEntry(&exact, entry, string.code, memory_[string.place + string.length - 1]);
   }
   return exact;
 }

@@ -12,7 +12,7 @@ static void RestartCodes(GifDecoder* decoder) {
   decoder->width_limit = 1 << decoder->code_width;
   decoder->last_code = kNoCode;
   decoder->pushed_code = kNoCode;
-  std::fill_n(decoder->prefix, kTableSize, kNoCode);
+  std::fill_n(decoder->prefix, kTableSize, uint16_t{kNoCode});
 }
 
 void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
@@ -21,6 +21,13 @@ void SetUpGifDecoder(GifDecoder* decoder, int32_t code_size) {
   decoder->end_code = decoder->clear_code + 1;
   decoder->stack_depth = 0;
   RestartCodes(decoder);
+}
+
+void DefineEntry(GifDecoder* decoder, int32_t entry, int32_t code, uint8_t pixel) {
+  const bool goes_on = code > decoder->clear_code && decoder->suffix_length[code] < kSuffix;
+  decoder->suffix[entry] = pixel | (goes_on ? decoder->suffix[code] << 8 : 0);
+  decoder->suffix_length[entry] = static_cast<uint8_t>(goes_on ? decoder->suffix_length[code] + 1 : 1);
+  decoder->prefix[entry] = static_cast<uint16_t>(goes_on ? decoder->prefix[code] : code);
 }
 
 static int32_t ReadCode(MyFILE* stream, GifDecoder* decoder) {
@@ -58,7 +65,16 @@ static int32_t PushString(GifDecoder* decoder, int32_t code, int32_t last_code) 
     code = last_code;
   }
   while (code > decoder->clear_code && code < kTableSize) {
-    *top++ = decoder->suffix[code];
+    // What lies above the string may be wanted once more: nothing is stored there. (All pieces but the first are
+    // full.)
+    const uint64_t pixels = decoder->suffix[code];
+    const int32_t count = decoder->suffix_length[code];
+    if (count == kSuffix) {
+      std::memcpy(top, &pixels, sizeof pixels);
+    } else {
+      std::memcpy(top, &pixels, static_cast<size_t>(count));
+    }
+    top += count;
     code = decoder->prefix[code];
   }
   if (code == kNoCode) return 0;
@@ -68,13 +84,20 @@ static int32_t PushString(GifDecoder* decoder, int32_t code, int32_t last_code) 
   return decoder->pushed_depth;
 }
 
+// Compilers know this for one instruction.
+static uint64_t Reversed(uint64_t bytes) {
+  bytes = (bytes & 0x00FF00FF00FF00FF) << 8 | (bytes >> 8 & 0x00FF00FF00FF00FF);
+  bytes = (bytes & 0x0000FFFF0000FFFF) << 16 | (bytes >> 16 & 0x0000FFFF0000FFFF);
+  return bytes << 32 | bytes >> 32;
+}
+
 // Copies bytes in reverse, several at a time: damaged data may bring a long string back into every row.
 static void CopyReversed(const uint8_t* from, int32_t count, uint8_t* to) {
   const uint8_t* end = from + count;
   for (; count >= 8; count -= 8, to += 8) {
     uint64_t bytes = 0;
     std::memcpy(&bytes, end -= 8, sizeof bytes);
-    bytes = __builtin_bswap64(bytes);
+    bytes = Reversed(bytes);
     std::memcpy(to, &bytes, sizeof bytes);
   }
   std::reverse_copy(from, from + count, to);
@@ -114,8 +137,7 @@ int32_t ContinueGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int3
     if (last_code != kNoCode) {
       const int32_t defined = decoder->code_count - 2;
       if (defined < kTableSize) {
-        decoder->prefix[defined] = last_code;
-        decoder->suffix[defined] = first;
+        DefineEntry(decoder, defined, last_code, first);
       } else if (kTolerant) {
         decoder->code_count = kTableSize + 2;  // no need to count further
       } else {

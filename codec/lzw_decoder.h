@@ -13,24 +13,29 @@
 
 constexpr int32_t kNoCode = 4098;  // where there is no code
 
+// Pixels that an entry holds itself. Damaged data may name a string of thousands row after row, which is put together
+// faster from pieces than from single pixels.
+constexpr int32_t kSuffix = 8;
+
 // The state between two rows of one image. Codes below `clear_code` are pixel values, those above `end_code`
 // table entries.
 struct GifDecoder {
-  int32_t code_size;           // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
-  int32_t clear_code;          // 2 to the power `code_size`
-  int32_t end_code;            // `clear_code` + 1
-  int32_t code_count;          // codes so far, counted on from `clear_code` + 2; a code read defines entry
-                               // `code_count` - 2
-  int32_t code_width;          // bits of the next code, up to `kMaxCodeWidth`
-  int32_t width_limit;         // 2 to the power `code_width`: the count that widens the codes
-  int32_t last_code;           // the previous code; `kNoCode` in the beginning and after a clear code
-  int32_t stack_depth;         // pixels on `stack` that wait for the next row
-  CodeInput input;             // the image's data
-  int32_t pushed_code;         // the table code whose string fills `stack` from the bottom; `kNoCode`: unknown
-  int32_t pushed_depth;        // that string's pixels
-  uint8_t stack[kTableSize];   // a decoded string, its last pixel at the bottom
-  uint8_t suffix[kTableSize];  // the last pixel of each entry's string
-  int32_t prefix[kTableSize];  // the code of the string without that pixel; `kNoCode`: entry not defined
+  int32_t code_size;            // the minimum code size that the file gives, 0 to `kMaxMinimumCodeSize`
+  int32_t clear_code;           // 2 to the power `code_size`
+  int32_t end_code;             // `clear_code` + 1
+  int32_t code_count;           // codes so far, counted on from `clear_code` + 2; a code read defines entry
+                                // `code_count` - 2
+  int32_t code_width;           // bits of the next code, up to `kMaxCodeWidth`
+  int32_t width_limit;          // 2 to the power `code_width`: the count that widens the codes
+  int32_t last_code;            // the previous code; `kNoCode` in the beginning and after a clear code
+  int32_t stack_depth;          // pixels on `stack` that wait for the next row
+  CodeInput input;              // the image's data
+  int32_t pushed_code;          // the table code whose string fills `stack` from the bottom; `kNoCode`: unknown
+  int32_t pushed_depth;         // that string's pixels
+  uint8_t stack[kTableSize];    // a decoded string, its last pixel at the bottom
+  uint64_t suffix[kTableSize];  // the last pixels of each entry's string, at most `kSuffix`, the last one lowest
+  uint8_t suffix_length[kTableSize];  // how many
+  uint16_t prefix[kTableSize];        // the code of the string without them; `kNoCode`: entry not defined
 };
 
 // Makes a decoder ready for the first row of an image, but for its input. `code_size` is 0 to `kMaxMinimumCodeSize`.
@@ -54,3 +59,6 @@ bool OnlyZerosFollow(const GifDecoder* decoder);
 // True when all codes to come are 0 and the next is an error that changes nothing: all rows of `length` pixels to
 // come are alike.
 bool RepeatsForGood(const GifDecoder* decoder, int32_t length);
+
+// Makes an entry of a code's string and one more pixel.
+void DefineEntry(GifDecoder* decoder, int32_t entry, int32_t code, uint8_t pixel);
