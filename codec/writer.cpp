@@ -86,9 +86,8 @@ void ForEachRow(const GifPicture* picture, Use use) {
 // Bits that hold any pixel of a picture.
 int32_t BitsOfPixels(const GifPicture* picture) {
   uint32_t bits = 0;
-  ForEachRow(picture, [&](const uint8_t* row) {
-    bits = std::accumulate(row, row + picture->width, bits, std::bit_or<>());
-  });
+  ForEachRow(picture,
+             [&](const uint8_t* row) { bits = std::accumulate(row, row + picture->width, bits, std::bit_or<>()); });
   return std::bit_width(bits);
 }
 
