@@ -189,9 +189,8 @@ Bytes Plain(int32_t side) {
   const std::unique_ptr<Gif, void (*)(Gif*)> gif(NewGif(), DeleteGif);
   gif->screen->cmap_depth = 8;
   GrowList(gif->blocks, 0);
-  GifBlock* block = gif->blocks[gif->count++] = NewRecord<GifBlock>();
+  GifBlock* block = gif->blocks[gif->count++] = NewGifBlock(true, false);
   block->intro = kImageIntroducer;
-  block->picture = NewPicture();
   block->picture->width = block->picture->height = side;
   char* bytes = nullptr;
   size_t size = 0;

@@ -2,7 +2,7 @@
 
 // A GIF document in memory: a tree of plain records, one `Gif` at its root.
 //
-// Every record, array and row is zero-filled when it is made and has exactly one owner; pointers own what they name.
+// Every record and array is zero-filled when it is made and has exactly one owner; pointers own what they name.
 // A null array goes with a count of 0. The whole tree is released by `DeleteGif`; trees built only in part are
 // accepted as well. Bit fields of the descriptors are unpacked into plain integers, so that a document read and
 // written again keeps its values. Sections are those of the GIF89a definition.
@@ -103,23 +103,26 @@ struct Gif {
   GifBlock** blocks;  // in file order
 };
 
-// Every `New...` gives null without memory; every `Delete...` accepts null.
+// Records that always come together are one piece of memory, released together: a document with its screen and
+// palette, a block with what it holds, a sub-block with its bytes. Every `New...` gives null without memory; every
+// `Delete...` accepts null.
 
 // An empty document: header "GIF87a", a screen of zeros with an empty palette, no blocks.
 Gif* NewGif();
 void DeleteGif(Gif* gif);
 
-// A block that is in no document.
+// A block that is in no document, of zeros: with a picture that has an empty palette, an extension, both or neither.
+GifBlock* NewGifBlock(bool with_picture, bool with_extension);
 void DeleteGifBlock(GifBlock* block);
 
-// A palette of `count` zero entries; without an array when `count` is below 1.
-GifPalette* NewPalette(int32_t count);
-void DeletePalette(GifPalette* palette);
+// Takes the picture out of a block and releases its colours and pixels.
+void DropPicture(GifBlock* block);
 
-// A picture of zeros with an empty palette and no rows.
-GifPicture* NewPicture();
-void DeletePicture(GifPicture* picture);
+// Gives an empty palette `count` zero entries, or none when `count` is below 1. False without memory.
+bool MakeColours(GifPalette* palette, int32_t count);
 
+// A sub-block whose bytes are still to be filled in.
+GifData* NewGifData(int32_t length);
 void DeleteGifData(GifData* data);
 
 // Release what a list holds and the list itself, leaving a count of 0.

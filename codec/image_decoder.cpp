@@ -23,7 +23,7 @@
 namespace {
 
 // Copies run over: by 15 bytes after a short string, by 31 after a long one. They read as far.
-constexpr uint64_t kShortStep = 8, kStep = 16, kLongStep = 32;
+constexpr uint64_t kStep = 16, kLongStep = 32;
 constexpr uint64_t kSpare = kLongStep;  // bytes behind the last pixel
 
 // The strings of single pixels lie before the image: places are counted from the first of them.
@@ -50,14 +50,10 @@ inline void CopyStep(uint8_t* to, const uint8_t* from) {
   }
 }
 
-// Most strings are a few pixels long. Reading no more than needed also keeps clear of pixels just written,
-// for which the processor would have to wait.
 inline void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
-  CopyStep<kShortStep>(to, from);
-  if (length > kShortStep) [[unlikely]] {
-    CopyStep<kStep>(to, from);
-    if (length > kStep) CopyLong(to + kStep, from + kStep, length - kStep);
-  }
+  CopyStep<kStep>(to, from);
+  if (length > kStep) [[unlikely]]
+    CopyLong(to + kStep, from + kStep, length - kStep);
 }
 
 inline uint64_t Load64(const uint8_t* bytes) {

@@ -42,16 +42,18 @@ class TreeMaker {
   }
   bool Unsound() { return !sound_ && input_.Coin(); }
 
-  GifPalette* MakePalette(int32_t entries) {
+  void FillPalette(GifPalette*& palette, int32_t entries) {
     if (Unsound()) {
-      if (input_.Coin()) return nullptr;
+      if (input_.Coin()) {
+        palette = nullptr;
+        return;
+      }
       entries = input_.Byte();
     }
-    GifPalette* palette = NewPalette(entries);
+    MakeColours(palette, entries);
     for (int32_t i = 0; i < palette->count; ++i) {
       palette->colours[i] = {0, input_.Byte(), static_cast<uint8_t>(i), input_.Byte()};
     }
-    return palette;
   }
 
   void MakeScreen(GifScreen* screen) {
@@ -63,21 +65,20 @@ class TreeMaker {
     screen->cmap_depth = Field(1, 8);
     screen->bgcolour = Field(0, 255);
     screen->aspect = Field(0, 255);
-    DeletePalette(screen->cmap);
-    screen->cmap = MakePalette(screen->has_cmap && sound_ ? 1 << screen->cmap_depth : 0);
+    FillPalette(screen->cmap, screen->has_cmap && sound_ ? 1 << screen->cmap_depth : 0);
   }
 
   GifBlock* MakeBlock() {
-    GifBlock* block = NewRecord<GifBlock>();
     const bool image = input_.Coin();
-    block->intro = Unsound() ? input_.Byte() : image ? kImageIntroducer : kExtensionIntroducer;
-    if (image || Unsound()) block->picture = MakePicture();
-    if (!image || Unsound()) block->extension = MakeExtension();
+    const int32_t intro = Unsound() ? input_.Byte() : image ? kImageIntroducer : kExtensionIntroducer;
+    GifBlock* block = NewGifBlock(image || Unsound(), !image || Unsound());
+    block->intro = intro;
+    if (block->picture) FillPicture(block->picture);
+    if (block->extension) FillExtension(block->extension);
     return block;
   }
 
-  GifPicture* MakePicture() {
-    GifPicture* picture = NewRecord<GifPicture>();
+  void FillPicture(GifPicture* picture) {
     picture->left = Field(0, 65535);
     picture->top = Field(0, 65535);
     const int32_t scale = input_.Below(16) == 15 ? 6 : 1;  // now and then large enough to use up all codes
@@ -88,11 +89,10 @@ class TreeMaker {
     picture->sorted = Field(0, 1);
     picture->reserved = Field(0, 3);
     if (picture->has_cmap) picture->cmap_depth = Field(1, 8);
-    picture->cmap = MakePalette(picture->has_cmap && sound_ ? 1 << picture->cmap_depth : 0);
-    if (Unsound()) return picture;  // without pixels
+    FillPalette(picture->cmap, picture->has_cmap && sound_ ? 1 << picture->cmap_depth : 0);
+    if (Unsound()) return;  // without pixels
     const int32_t bits = std::max(picture->has_cmap ? picture->cmap_depth : depth_, 2);
     FillPixels(picture, static_cast<uint8_t>(sound_ ? (1 << bits) - 1 : 255));
-    return picture;
   }
 
   // From the input; where `noise` says so, and behind its end, by a generator.
@@ -110,18 +110,14 @@ class TreeMaker {
     }
   }
 
-  GifExtension* MakeExtension() {
-    GifExtension* extension = NewRecord<GifExtension>();
+  void FillExtension(GifExtension* extension) {
     extension->marker = Field(0, 255);
     for (int items = input_.Below(6); items > 0; --items) {
       const int32_t length = 1 + input_.Byte() % 255 + (Unsound() ? 300 : 0);
-      GifData* data = NewRecord<GifData>();
-      data->length = length;
-      data->bytes = NewRecord<uint8_t>(static_cast<size_t>(length));
+      GifData* data = NewGifData(length);
       for (int32_t i = 0; i < length; ++i) data->bytes[i] = input_.Byte();
       if (GrowList(extension->data, extension->count)) extension->data[extension->count++] = data;
     }
-    return extension;
   }
 
   Input input_;
