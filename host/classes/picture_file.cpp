@@ -13,6 +13,7 @@
 
 #include "host/core/output_file.h"
 #include "host/core/text.h"
+#include "host/host/path.h"
 
 namespace host {
 namespace {
@@ -112,6 +113,7 @@ std::string EncodePng(const Picture& picture) {
 }
 
 void SavePng(const Picture& picture, const std::string& path) {
+  RequirePath(path);
   const std::string encoded = EncodePng(picture);
   OutputFile file;
   std::string problem = file.Start(path);
@@ -121,6 +123,7 @@ void SavePng(const Picture& picture, const std::string& path) {
 }
 
 void LoadPng(Host& host, Picture& picture, const std::string& path) {
+  RequirePath(path);
   const File file(std::fopen(path.c_str(), "rb"));
   if (!file) FailAsTheSystemSays(path);
   const Image image(gdImageCreateFromPng(file.get()));
