@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <string>
 
+#include "host/host/path.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_files.h"
 #include "host/lua/lua_object.h"
@@ -142,8 +143,9 @@ int Fail(lua_State* lua) {
 int Exists(lua_State* lua) {
   size_t length = 0;
   const char* path = luaL_checklstring(lua, 1, &length);
+  RequirePath({path, length});
   std::error_code error;
-  lua_pushboolean(lua, std::filesystem::exists(std::string_view(path, length), error) ? 1 : 0);
+  lua_pushboolean(lua, std::filesystem::exists(path, error) ? 1 : 0);
   return 1;
 }
 

@@ -20,7 +20,8 @@
 namespace {
 
 bool RunScript(host::Host& host, const host::ProgramOptions& options) {
-  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
+  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments,
+                      options.c_modules);
   script.FindModulesIn(host::LibraryFolder());
   bool succeeded = true;
   if (options.code) {

@@ -28,6 +28,7 @@ Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a promp
   --without NAME           hide a host function, a host class or a host's declared method from the plugin; repeatable
                            (without a function that counts references or locks they are not checked)
   --largest-block BYTES    the largest MemoryBlock that can be made
+  --c-modules              let scripts load libraries of C code (package.loadlib, package.cpath)
   --trace                  each host call and each handler call on standard error, one line each
 
   --pictures KIND          console: libgd images (default); desktop: bitmap contexts
@@ -98,6 +99,8 @@ const std::map<std::string, Setter>& OptionsWithValue() {
 bool SetSwitch(ProgramOptions& to, const std::string& option) {
   if (option == "--trace") {
     to.host.trace = true;
+  } else if (option == "--c-modules") {
+    to.c_modules = true;
   } else if (option == "--no-draw-picture") {
     to.host.without.emplace_back("DrawPicture");
   } else if (option == "--help" || option == "-h") {

@@ -13,6 +13,7 @@ struct ProgramOptions {
   HostOptions host;
   std::string plugin;               // empty: the one beside the program
   std::string script;               // file name; empty: none
+  bool c_modules = false;           // scripts may load libraries of C code
   std::optional<std::string> code;  // given on the command line instead of a script
   std::vector<std::string> arguments;
   bool help = false;

@@ -103,3 +103,12 @@ for declaration, complaint in pairs {
   t.expect(declaration, select(3, pipe:close()), complaint == "Bag" and 0 or 70)
   assert(output:find(complaint, 1, true), output)
 end
+
+-- Where libgd cannot be loaded, pictures are made and drawn on; what needs it says so.
+local folder = t.new_path("") .. "/"
+os.execute("mkdir '" .. folder .. "' && touch '" .. folder .. "libgd.so.3'")
+local pipe = io.popen(([[LD_LIBRARY_PATH='%s' '%s' -e 'local p = Picture(3, 2) p:FillRect(0, 0, 3, 2, 5) p:PNG()' 2>&1]])
+  :format(folder, arg[1]))
+local output = pipe:read("a")
+assert(not pipe:close() and output:find("-e:1: RuntimeException: this needs libgd, which can't be loaded", 1, true), output)
+os.execute("rm -r '" .. folder .. "'")
