@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <vector>
 
-#include "host/host/gd_library.h"
+#include "host/core/gd_library.h"
 
 namespace host {
 namespace {

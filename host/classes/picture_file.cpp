@@ -9,9 +9,9 @@
 #include <stdexcept>
 #include <vector>
 
+#include "host/core/gd_library.h"
 #include "host/core/output_file.h"
 #include "host/core/text.h"
-#include "host/host/gd_library.h"
 #include "host/host/path.h"
 
 namespace host {

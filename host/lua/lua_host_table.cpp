@@ -8,6 +8,7 @@
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_files.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_plugin.h"
 #include "host/lua/lua_state.h"
 #include "host/lua/lua_text.h"
 
@@ -171,8 +172,8 @@ void OpenHostTable(lua_State* lua) {
     lua_pushnumber(lua, *host.options().version);
     lua_setfield(lua, -2, "version");
   }
-  SetInteger(lua, "plugin_version", host.plugin_version());
   SetText(lua, "pictures", host.options().pictures == PictureKind::kDesktop ? "desktop" : "console");
+  AddPluginFunctions(lua);
   lua_setglobal(lua, "host");
 }
 

@@ -23,7 +23,10 @@ Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a promp
                            files that mean something to the plugin; status 1 when a case fails
 
   -e CODE                  run this code instead of a script
-  --plugin FILE            the plugin to load (default: gif_plugin.so beside this program)
+  --plugin FILE            the plugin to load (default: what the script asks for, else the designed one)
+  --as-designed            gif_plugin.so beside this program, whatever the script asks for
+  --tolerant               gif_plugin_tolerant.so beside this program: reads on with a full code table, and saves
+                           indexes beyond the colours
   --host-version V         the version that the host says it is (default 2019.01; "none": it does not tell)
   --without NAME           hide a host function, a host class or a host's declared method from the plugin; repeatable
                            (without a function that counts references or locks they are not checked)
@@ -101,6 +104,8 @@ bool SetSwitch(ProgramOptions& to, const std::string& option) {
     to.host.trace = true;
   } else if (option == "--c-modules") {
     to.c_modules = true;
+  } else if (option == "--as-designed" || option == "--tolerant") {
+    to.plugin = option == "--tolerant" ? "tolerant" : "designed";
   } else if (option == "--no-draw-picture") {
     to.host.without.emplace_back("DrawPicture");
   } else if (option == "--help" || option == "-h") {

@@ -56,6 +56,15 @@ for _, line in ipairs {
 for command, status in pairs {
   ["list GIFZKV"] = 2, ["describe Nothing"] = 1, ["validate --only nothing"] = 2, ["validate --seed x"] = 2,
   ["./list"] = 1, ["-e 'assert(arg[1] == [[list]])' list"] = 0, ["--plugin /none validate"] = 1, ["-e 'print(1)' >/dev/full"] = 1,
+  -- Which plugin, until it is used
+  ["-e 'host.use([[tolerant]]) local f = FolderItem assert(host.use() == [[tolerant]])'"] = 0,
+  ["-e 'assert(not host.use()) local f = FolderItem assert(host.use([[designed]]) == [[designed]])'"] = 0,
+  ["-e 'local f = FolderItem host.use([[tolerant]])'"] = 1, 
+  ["-e 'host.use([[tolerant]]) host.use([[designed]]) local f = FolderItem assert(host.use() == [[designed]])'"] = 0,
+  ["--as-designed -e 'host.use([[tolerant]]) assert(host.use() == [[designed]])'"] = 0,
+  ["--tolerant -e 'host.use([[designed]]) assert(GIFZKV and host.use() == [[tolerant]])'"] = 0,
+  ["-e 'host.use([[/none]]) local f = FolderItem'"] = 1, ["--plugin /none -e 'x = 1'"] = 1,
+  ["--without nothing -e 'x = 1'"] = 2, ["--without nothing -e 'local f = FolderItem'"] = 2,
 } do t.expect(command, select(2, run(command)), status) end
 
 -- Mistakes and exceptions, as scripts meet them

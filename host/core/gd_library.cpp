@@ -1,4 +1,4 @@
-#include "host/host/gd_library.h"
+#include "host/core/gd_library.h"
 
 #include <dlfcn.h>
 
