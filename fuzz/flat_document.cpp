@@ -220,6 +220,11 @@ Bytes Flatten(const Gif* gif) {
   return flat;
 }
 
+int64_t RowLimit(int64_t usual) {
+  static const char* const text = std::getenv("FUZZ_ROW_BYTES");
+  return text ? std::strtoll(text, nullptr, 10) : usual;
+}
+
 Bytes FlattenByOracle(Bytes* file, int64_t limit) { return OracleReader(file, limit, true).Read(); }
 
 void LimitImages(Bytes* file, int64_t limit) { OracleReader(file, limit, false).Read(); }

@@ -23,11 +23,15 @@ using Bytes = std::vector<uint8_t, OwnAllocator<uint8_t>>;
 // What must hold in any document read or assembled is checked on the way; what does not ends the program.
 Bytes Flatten(const Gif* gif);
 
+// What the rows of a document's images may cost: the usual limit, which keeps inputs fast, or what the environment's
+// FUZZ_ROW_BYTES says.
+int64_t RowLimit(int64_t usual);
+
 // The same for the document that a file holds, found without the product's reader and by the slow row decoder alone.
 // At the end, how many of the bytes were read.
 //
 // Once the rows of its images cost more than `limit` bytes, further images are made small in `file` itself.
-Bytes FlattenByOracle(Bytes* file, int64_t limit = 40000);
+Bytes FlattenByOracle(Bytes* file, int64_t limit = RowLimit(40000));
 
 // Makes images small as `FlattenByOracle` does, and no more.
 void LimitImages(Bytes* file, int64_t limit);
