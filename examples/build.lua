@@ -6,9 +6,8 @@
 -- extension that makes players loop, a comment, and for each frame an extension with its delay before its image. Where
 -- the frames come from is the business of lib/pictures.lua and lib/planet.lua.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local building, command, files = require "building", require "command", require "files"
-local pictures, planet, text = require "pictures", require "planet", require "text"
+local building, command, files = require "gif.building", require "gif.command", require "gif.files"
+local pictures, planet, text = require "gif.pictures", require "gif.planet", require "gif.text"
 
 local options, operands = command.parse {
   about = "Builds an animation of PNG files; without any, draws one from nothing: a planet turning.",

@@ -5,10 +5,9 @@
 -- A PATH is a GIF file or a folder; of a folder all files named *.gif are checked, those in folders within it too.
 -- Every file has a process of its own, so that one that breaks it does not stop the others.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local animation, blocks, command = require "animation", require "blocks", require "command"
-local comparing, files, processes = require "comparing", require "files", require "processes"
-local progress, text = require "progress", require "text"
+local animation, blocks, command = require "gif.animation", require "gif.blocks", require "gif.command"
+local comparing, files, processes = require "gif.comparing", require "gif.files", require "gif.processes"
+local progress, text = require "gif.progress", require "gif.text"
 
 local kSeconds = 60 -- that one file may take
 local kTimedOut = 124 -- the status that the command "timeout" gives then

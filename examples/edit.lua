@@ -5,9 +5,8 @@
 -- An opened document is read-only; its clone is free-standing and can be changed. The clone's blocks are taken into a
 -- list, edits make other lists of it, and a new document holds what the last one does.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local building, command, controls, extensions = require "building", require "command", require "controls", require "extensions"
-local files, recolouring, reversing, text = require "files", require "recolouring", require "reversing", require "text"
+local building, command, controls, extensions = require "gif.building", require "gif.command", require "gif.controls", require "gif.extensions"
+local files, recolouring, reversing, text = require "gif.files", require "gif.recolouring", require "gif.reversing", require "gif.text"
 
 local kLeastDelayCs = 2 -- players take shorter ones for 0.1 s: they count as this long
 

@@ -6,10 +6,9 @@
 -- The page is one file that needs nothing else. What it looks like and does is in the folder report/.
 
 local here = arg[0]:gsub("[^/]*$", "")
-package.path = here .. "lib/?.lua;" .. package.path
-local animation, command, extensions = require "animation", require "command", require "extensions"
-local files, html, progress = require "files", require "html", require "progress"
-local survey, text, warnings = require "survey", require "text", require "warnings"
+local animation, command, extensions = require "gif.animation", require "gif.command", require "gif.extensions"
+local files, html, progress = require "gif.files", require "gif.html", require "gif.progress"
+local survey, text, warnings = require "gif.survey", require "gif.text", require "gif.warnings"
 
 local kMostPixels = 1 << 27 -- of all pictures together; more are scaled down
 local kLeastSide = 480 -- tiny animations are enlarged by a whole number up to about this

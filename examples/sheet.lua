@@ -6,9 +6,8 @@
 -- filling the width. Transparent areas show a checkerboard. Large animations are scaled down, tiny ones up; of very
 -- long ones every second, third, ... frame is drawn.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local animation, blocks, command = require "animation", require "blocks", require "command"
-local files, progress, text = require "files", require "progress", require "text"
+local animation, blocks, command = require "gif.animation", require "gif.blocks", require "gif.command"
+local files, progress, text = require "gif.files", require "gif.progress", require "gif.text"
 
 local kLargestSide = 240 -- pixels of a frame on the sheet
 local kSmallestSide = 72

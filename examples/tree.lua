@@ -4,9 +4,8 @@
 --
 -- Nothing is taken for granted: damaged files print as far as they can be read.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local blocks, command, extensions = require "blocks", require "command", require "extensions"
-local files, json, text = require "files", require "json", require "text"
+local blocks, command, extensions = require "gif.blocks", require "gif.command", require "gif.extensions"
+local files, json, text = require "gif.files", require "gif.json", require "gif.text"
 local count, list = text.count, text.list
 
 -- --- For people ------------------------------------------------------------------------------------------------------

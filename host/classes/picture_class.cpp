@@ -4,7 +4,9 @@
 #include <vector>
 
 #include "host/classes/drawing.h"
+#include "host/classes/picture_colors.h"
 #include "host/classes/picture_file.h"
+#include "host/classes/picture_making.h"
 #include "host/core/text.h"
 #include "host/host/native.h"
 #include "host/host/picture.h"
@@ -30,6 +32,14 @@ void Construct(REALobjectStruct* self, int64_t width, int64_t height) {
 void ConstructFromFile(REALobjectStruct* self, REALstringStruct* path) {
   const String* text = Self<String>(path);
   Raise(LoadPng(*Self<Picture>(self), text == nullptr ? "" : text->bytes()));
+}
+
+void ConstructFromText(REALobjectStruct* self, REALstringStruct* text, REALstringStruct* font, int64_t size,
+                       uint32_t rgb) {
+  const String* letters = Self<String>(text);
+  const String* name = Self<String>(font);
+  if (letters == nullptr || name == nullptr) return Raise("a text and a font are needed");
+  Raise(DrawLetters(*Self<Picture>(self), letters->bytes(), name->bytes(), size, rgb));
 }
 
 int64_t GetWidth(REALobjectStruct* self, int64_t) { return Self<Picture>(self)->width(); }
@@ -131,6 +141,24 @@ REALstringStruct* GetPng(REALobjectStruct* self) {
   return StringResult(encoded);
 }
 
+REALobjectStruct* GetScaled(REALobjectStruct* self, int64_t width, int64_t height) {
+  const Ref<Picture> scaled = Scaled(*Self<Picture>(self), width, height);
+  if (!scaled) Raise(Text("A picture of ", width, " by ", height, " pixels can't be made."));
+  return Result(scaled);
+}
+
+REALstringStruct* GetColors(REALobjectStruct* self, int64_t most) {
+  return StringResult(ListOf(DistinctColors(*Self<Picture>(self), static_cast<size_t>(std::max<int64_t>(0, most)))));
+}
+
+REALobjectStruct* GetIndexes(REALobjectStruct* self, REALstringStruct* colors, int64_t transparent) {
+  const auto& picture = *Self<Picture>(self);
+  const auto size = static_cast<size_t>(picture.width()) * static_cast<size_t>(picture.height());
+  const Ref<MemoryBlock> block = NewMemoryBlock(size);
+  if (block) NearestIndexes(picture, ColorsOf(colors), transparent, {block->bytes(), size});
+  return Result(block);
+}
+
 Ref<Object> MakeEmptyPicture(Heap& heap, const Class& own_class) { return heap.Make<Picture>(own_class); }
 Ref<Object> MakeEmptyGraphics(Heap& heap, const Class& own_class) { return heap.Make<Graphics>(own_class); }
 
@@ -146,6 +174,8 @@ void AddPictureClass(Host& host) {
   const REALmethodDefinition methods[] = {
       NativeMethod("Constructor(width as Integer, height as Integer)", Proc(Construct)),
       NativeMethod("Constructor(path as String)", Proc(ConstructFromFile)),
+      NativeMethod("Constructor(text as String, font as String, size as Integer, rgb as Color)",
+                   Proc(ConstructFromText)),
       NativeMethod("Pixel(x as Integer, y as Integer) as Color", Proc(GetPixel)),
       NativeMethod("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)", Proc(SetPixel)),
       NativeMethod("PixelBytes(x as Integer, y as Integer) as String", Proc(GetPixelBytes)),
@@ -156,6 +186,9 @@ void AddPictureClass(Host& host) {
                    "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
                    "sh as Integer = -10000)",
                    Proc(DrawOnPicture)),
+      NativeMethod("Scaled(w as Integer, h as Integer) as Picture", Proc(GetScaled)),
+      NativeMethod("Colours(most as Integer = 256) as String", Proc(GetColors)),
+      NativeMethod("Indexes(colours as String, transparent as Integer = -1) as MemoryBlock", Proc(GetIndexes)),
       NativeMethod("PNG() as String", Proc(GetPng)),
       NativeMethod("SavePNG(path as String)", Proc(Save)),
   };

@@ -44,6 +44,7 @@ Host::Host(HostOptions options) : options_(std::move(options)) {
   AddFolderItemClass(*this);
   AddPictureClasses(*this);
   AddOutputFileClass(*this);
+  AddCanvasClass(*this);
   AddColorTableClass(*this);
   AddApplicationClasses(*this);
   AddGlobalMethods(*this);

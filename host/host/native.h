@@ -48,6 +48,7 @@ void AddMemoryBlockClass(Host& host);
 void AddFolderItemClass(Host& host);
 void AddPictureClasses(Host& host);
 void AddOutputFileClass(Host& host);
+void AddCanvasClass(Host& host);
 void AddColorTableClass(Host& host);
 void AddApplicationClasses(Host& host);
 void AddGlobalMethods(Host& host);

@@ -14,4 +14,7 @@ void OpenHostTable(lua_State* lua);
 // Adds to the table at the top of the stack what scripts may ask about files.
 void AddFileFunctions(lua_State* lua);
 
+// ... and what they may have done to bytes: turned, or summed up.
+void AddPixelFunctions(lua_State* lua);
+
 }  // namespace host

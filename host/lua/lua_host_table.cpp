@@ -157,6 +157,7 @@ void OpenHostTable(lua_State* lua) {
   };
   luaL_newlib(lua, functions);
   AddFileFunctions(lua);
+  AddPixelFunctions(lua);
   const Host& host = Host::Current();
   if (host.options().version) {
     lua_pushnumber(lua, *host.options().version);

@@ -23,6 +23,7 @@ constexpr int kExitUsage = 2;
 bool RunScript(host::Host& host, const host::ProgramOptions& options) {
   host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
   script.FindModulesIn(host::LibraryFolder());
+  script.AddLibrary(host::ScriptsFolder());
   bool succeeded = true;
   if (options.code) {
     succeeded = script.RunCode(*options.code, "=-e");

@@ -18,4 +18,10 @@ std::string PluginFile(const ProgramOptions& options) {
   return options.plugin.empty() ? fs::path(LibraryFolder()) / kPluginName : fs::absolute(options.plugin);
 }
 
+std::string ScriptsFolder() {
+  const fs::path program_folder = fs::read_symlink("/proc/self/exe").parent_path();
+  const fs::path installed = program_folder / GIFHOST_SCRIPTS_FOLDER;
+  return (fs::exists(installed) ? installed : program_folder / GIFHOST_SOURCE_SCRIPTS_FOLDER).lexically_normal();
+}
+
 }  // namespace host

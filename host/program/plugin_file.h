@@ -15,4 +15,7 @@ std::string LibraryFolder();
 // The plugin that a command line asks for: the named one, else the one in that folder. An absolute path.
 std::string PluginFile(const ProgramOptions& options);
 
+// The folder of the scripts' library, from which `require "gif"` takes it.
+std::string ScriptsFolder();
+
 }  // namespace host

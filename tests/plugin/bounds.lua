@@ -4,7 +4,7 @@
 
 local here = arg[0]:gsub("[^/]*$", "")
 local t, examples = dofile(here .. "../support/support.lua"), dofile(here .. "../support/examples.lua")
-local processes = require "processes"
+local processes = require "gif.processes"
 
 local kScreen, kMiB = "GIF89a\1\0\1\0\0\0\0", 1 << 20
 -- An image whose data end at once, or are one clear code.

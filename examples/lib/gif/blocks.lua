@@ -1,6 +1,6 @@
 -- The blocks of a document, each read once, and the frames among them.
 
-local extensions = require "extensions"
+local extensions = require "gif.extensions"
 
 local blocks = {}
 

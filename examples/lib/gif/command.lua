@@ -1,6 +1,6 @@
 -- The command line of a script: what it takes, its --help, its errors and exit statuses.
 
-local files, progress, text = require "files", require "progress", require "text"
+local files, progress, text = require "gif.files", require "gif.progress", require "gif.text"
 
 local command = {}
 

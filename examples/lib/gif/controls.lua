@@ -1,6 +1,6 @@
 -- Graphic controls (GIF89a, section 23) in lists of free-standing blocks.
 
-local building, extensions = require "building", require "extensions"
+local building, extensions = require "gif.building", require "gif.extensions"
 
 local controls = {}
 

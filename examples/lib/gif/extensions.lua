@@ -1,6 +1,6 @@
 -- What extensions say. Sections are those of GIF89a.
 
-local text = require "text"
+local text = require "gif.text"
 
 local extensions = {}
 

@@ -1,7 +1,7 @@
 -- Files and folders, with reasons when something fails. Whatever writes a file writes it here: the old one stays until
 -- the new one is whole.
 
-local comparing = require "comparing"
+local comparing = require "gif.comparing"
 
 local files = {}
 

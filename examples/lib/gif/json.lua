@@ -1,6 +1,6 @@
 -- Values as JSON, on one line, the members of objects in alphabetical order.
 
-local text = require "text"
+local text = require "gif.text"
 
 local json = {}
 

@@ -1,6 +1,6 @@
 -- An animation of PNG files: their colours reduced, and of each picture no more stored than what is new in it.
 
-local animation, command, files, progress = require "animation", require "command", require "files", require "progress"
+local animation, command, files, progress = require "gif.animation", require "gif.command", require "gif.files", require "gif.progress"
 
 local pictures = {}
 

@@ -1,6 +1,6 @@
 -- Animations backwards.
 
-local building, controls, progress = require "building", require "controls", require "progress"
+local building, controls, progress = require "gif.building", require "gif.controls", require "gif.progress"
 
 local reversing = {}
 

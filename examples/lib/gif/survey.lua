@@ -1,6 +1,6 @@
 -- Everything worth knowing about one GIF: its screen, blocks, frames, colours and how often each colour is used.
 
-local blocks, files = require "blocks", require "files"
+local blocks, files = require "gif.blocks", require "gif.files"
 
 local survey = {}
 

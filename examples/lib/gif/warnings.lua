@@ -1,6 +1,6 @@
 -- What in a GIF is likely to be a mistake, in sentences that say what comes of it.
 
-local animation, survey, text = require "animation", require "survey", require "text"
+local animation, survey, text = require "gif.animation", require "gif.survey", require "gif.text"
 
 local warnings = {}
 
