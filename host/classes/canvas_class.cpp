@@ -1,7 +1,6 @@
 // The class "Canvas", as scripts see it.
 
-#include <array>
-#include <cstring>
+#include <algorithm>
 #include <new>
 #include <string_view>
 
@@ -34,6 +33,11 @@ void Construct(REALobjectStruct* self, int64_t width, int64_t height) {
 
 int64_t GetWidth(REALobjectStruct* self, int64_t) { return Self<Canvas>(self)->width(); }
 int64_t GetHeight(REALobjectStruct* self, int64_t) { return Self<Canvas>(self)->height(); }
+
+int8_t GetIsFull(REALobjectStruct* self, int64_t) {
+  const std::span<const uint32_t> values = Self<Canvas>(self)->values();
+  return std::ranges::find(values, Canvas::kNothing) == values.end() ? 1 : 0;
+}
 
 void Draw(REALobjectStruct* self, REALobjectStruct* pixels, int64_t left, int64_t top, int64_t width, int64_t height,
           REALstringStruct* values, int64_t transparent) {
@@ -83,6 +87,7 @@ void AddCanvasClass(Host& host) {
   const REALproperty properties[] = {
       NativeProperty("Width", "Integer", Proc(GetWidth)),
       NativeProperty("Height", "Integer", Proc(GetHeight)),
+      NativeProperty("IsFull", "Boolean", Proc(GetIsFull)),
   };
   const REALmethodDefinition methods[] = {
       NativeMethod("Constructor(width as Integer, height as Integer)", Proc(Construct)),

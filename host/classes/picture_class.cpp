@@ -147,6 +147,13 @@ REALobjectStruct* GetScaled(REALobjectStruct* self, int64_t width, int64_t heigh
   return Result(scaled);
 }
 
+REALobjectStruct* GetDifference(REALobjectStruct* self, REALpictureStruct* other) {
+  const auto* second = Self<Picture>(other);
+  const Ref<Picture> difference = second == nullptr ? Ref<Picture>() : Difference(*Self<Picture>(self), *second);
+  if (!difference) Raise("Pictures of one size are needed.");
+  return Result(difference);
+}
+
 REALstringStruct* GetColors(REALobjectStruct* self, int64_t most) {
   return StringResult(ListOf(DistinctColors(*Self<Picture>(self), static_cast<size_t>(std::max<int64_t>(0, most)))));
 }
@@ -187,6 +194,7 @@ void AddPictureClass(Host& host) {
                    "sh as Integer = -10000)",
                    Proc(DrawOnPicture)),
       NativeMethod("Scaled(w as Integer, h as Integer) as Picture", Proc(GetScaled)),
+      NativeMethod("Difference(image as Picture) as Picture", Proc(GetDifference)),
       NativeMethod("Colours(most as Integer = 256) as String", Proc(GetColors)),
       NativeMethod("Indexes(colours as String, transparent as Integer = -1) as MemoryBlock", Proc(GetIndexes)),
       NativeMethod("PNG() as String", Proc(GetPng)),

@@ -66,6 +66,32 @@ Ref<Picture> Scaled(const Picture& picture, int64_t width, int64_t height) {
   return scaled && FromGd(*to, static_cast<bool>(picture.mask()), *scaled) ? scaled : Ref<Picture>();
 }
 
+Ref<Picture> Difference(const Picture& first, const Picture& second) {
+  constexpr uint32_t kRed = 0xFF0000;
+  if (first.width() != second.width() || first.height() != second.height()) return {};
+  Ref<Picture> difference = NewPicture(first.width(), first.height());
+  if (!difference) return difference;
+  std::array<std::vector<uint32_t>, 2> colors;
+  std::array<std::vector<uint32_t>, 2> transparency;
+  std::vector<uint32_t> marks(static_cast<size_t>(first.width()));
+  for (int y = 0; y < first.height(); ++y) {
+    for (size_t i = 0; i < 2; ++i) {
+      const Picture& picture = i == 0 ? first : second;
+      colors[i].resize(marks.size());
+      transparency[i].resize(marks.size());
+      picture.pixels().Read(0, y, colors[i]);
+      picture.ReadTransparency(0, y, transparency[i]);
+    }
+    for (size_t x = 0; x < marks.size(); ++x) {
+      const bool both_hidden = transparency[0][x] == 255 && transparency[1][x] == 255;
+      const bool same = transparency[0][x] == transparency[1][x] && (both_hidden || colors[0][x] == colors[1][x]);
+      marks[x] = same ? 0 : kRed;
+    }
+    difference->pixels().Write(0, y, marks);
+  }
+  return difference;
+}
+
 std::string DrawLetters(Picture& picture, const std::string& text, const std::string& font, int64_t size,
                         uint32_t rgb) {
   gdFTUseFontConfig(font.find('/') == std::string::npos ? 1 : 0);

@@ -12,6 +12,9 @@ namespace host {
 // picture.
 Ref<Picture> Scaled(const Picture& picture, int64_t width, int64_t height);
 
+// Red where two pictures of one size look different, black elsewhere. Null when they are of two sizes.
+Ref<Picture> Difference(const Picture& first, const Picture& second);
+
 // Makes the picture just as large as the text, in a font that FreeType finds by its file or, by way of Fontconfig, by
 // its name; `size` is that of the letters in pixels. Gives what went wrong, or an empty text.
 std::string DrawLetters(Picture& picture, const std::string& text, const std::string& font, int64_t size,

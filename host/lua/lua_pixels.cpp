@@ -36,6 +36,18 @@ int Turned(lua_State* lua) {
   return 1;
 }
 
+// host.counts(bytes): how often each value from 0 to 255 stands there.
+int Counts(lua_State* lua) {
+  std::array<lua_Integer, 256> counts{};
+  for (const char c : CheckBytes(lua, 1)) ++counts[static_cast<unsigned char>(c)];
+  lua_createtable(lua, 255, 1);
+  for (lua_Integer i = 0; i < 256; ++i) {
+    lua_pushinteger(lua, counts[static_cast<size_t>(i)]);
+    lua_rawseti(lua, -2, i);
+  }
+  return 1;
+}
+
 constexpr std::array<uint32_t, 256> kCrcs = [] {
   std::array<uint32_t, 256> crcs{};
   for (uint32_t i = 0; i < 256; ++i) {
@@ -57,7 +69,8 @@ int Crc32(lua_State* lua) {
 }  // namespace
 
 void AddPixelFunctions(lua_State* lua) {
-  const luaL_Reg functions[] = {{"turned", Guarded<Turned>}, {"crc32", Guarded<Crc32>}, {nullptr, nullptr}};
+  const luaL_Reg functions[] = {
+      {"turned", Guarded<Turned>}, {"counts", Guarded<Counts>}, {"crc32", Guarded<Crc32>}, {nullptr, nullptr}};
   luaL_setfuncs(lua, functions, 0);
 }
 

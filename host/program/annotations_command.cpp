@@ -151,6 +151,10 @@ function host.stat(path) end
 function host.turned(bytes, width, quarters, mirrored) end
 
 ---@param bytes string
+---@return { [integer]: integer } how often each value from 0 to 255 stands there
+function host.counts(bytes) end
+
+---@param bytes string
 ---@return integer
 function host.crc32(bytes) end
 

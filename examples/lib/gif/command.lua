@@ -19,7 +19,8 @@ end
 
 function command.fail(message) stop(kFailed, message) end
 
-local function reject(message) stop(kWrongUsage, message .. "; --help tells more") end
+function command.reject(message) stop(kWrongUsage, message .. "; --help tells more") end
+local reject = command.reject
 
 local function print_help(wanted)
   local rows, longest = { table.unpack(wanted.options) }, 0

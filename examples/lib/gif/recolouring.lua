@@ -16,27 +16,42 @@ end
 
 -- "FF0000=0000FF,FFFFFF=EEEEEE"
 local function read_exchange(text)
-  local exchange = {}
+  local exchange, wanted = {}, {}
   for pair in (text .. ","):gmatch("(.-),") do
     local from, to = pair:match("^#?(%x%x%x%x%x%x)=#?(%x%x%x%x%x%x)$")
     if not from then return nil end
     exchange[tonumber(from, 16)] = tonumber(to, 16)
+    wanted[#wanted + 1] = tonumber(from, 16)
   end
-  return function(colour) return exchange[colour] or colour end
+  return { change = function(colour) return exchange[colour] or colour end, wanted = wanted }
 end
 
--- A kind of value for options: gives a function from colour to colour.
+-- A kind of value for options: change, a function from colour to colour, and wanted, the colours that must be there.
 recolouring.kind = {
   name = "sunset or FROM=TO,... in hex digits, such as FF0000=0000FF",
-  read = function(text) return text == "sunset" and sunset or read_exchange(text) end }
+  read = function(text) return text == "sunset" and { change = sunset, wanted = {} } or read_exchange(text) end }
 
--- Changes the colours of the screen's table and of those of the images among the blocks.
-function recolouring.apply(screen, blocks, change)
-  local function recolour(palette)
-    for i = 0, palette and palette.Count - 1 or -1 do palette.Value[i] = change(palette:Value(i)) end
+-- Changes the colours of all tables of a document. Gives what changed, rows of { whose table, index, before, after },
+-- and the wanted colours that are in none.
+---@param document Document
+function recolouring.apply(document, how)
+  local changes, met, missing = {}, {}, {}
+  local function recolour(colours, whose)
+    local result = {}
+    for i, colour in ipairs(colours) do
+      result[i], met[colour] = how.change(colour), true
+      if result[i] ~= colour then changes[#changes + 1] = { whose, i - 1, colour, result[i] } end
+    end
+    return result
   end
-  recolour(screen.Palette)
-  for _, block in ipairs(blocks) do recolour(block.Picture and block.Picture.Palette) end
+  if document.colours then document.colours = recolour(document.colours, "global") end
+  for _, frame in ipairs(document.frames) do
+    if frame.colours then frame.colours = recolour(frame.colours, "image " .. frame.number) end
+  end
+  for _, colour in ipairs(how.wanted) do
+    if not met[colour] then missing[#missing + 1] = colour end
+  end
+  return changes, missing
 end
 
 return recolouring

@@ -6,48 +6,21 @@ local survey = {}
 
 local kMostPixels = 1 << 26 -- of an image whose pixels are looked at
 
--- The colours of a table, from index 0 at [1] on; none for nil.
-local function colours_of(palette)
-  local colours, value = {}, palette and palette.Value
-  for i = 0, palette and palette.Count - 1 or -1 do colours[i + 1] = value(i) end
-  return colours
-end
-
--- How often each value from 0 to 255 stands in the bytes.
-local function count_values(bytes)
-  local counts, byte = {}, string.byte
-  for i = 0, 255 do counts[i] = 0 end
-  local whole = #bytes - #bytes % 8
-  for i = 1, whole, 8 do
-    local a, b, c, d, e, f, g, h = byte(bytes, i, i + 7)
-    counts[a] = counts[a] + 1
-    counts[b] = counts[b] + 1
-    counts[c] = counts[c] + 1
-    counts[d] = counts[d] + 1
-    counts[e] = counts[e] + 1
-    counts[f] = counts[f] + 1
-    counts[g] = counts[g] + 1
-    counts[h] = counts[h] + 1
-  end
-  for i = whole + 1, #bytes do counts[byte(bytes, i)] = counts[byte(bytes, i)] + 1 end
-  return counts
-end
-
 -- Adds to a frame: colours, those it is drawn with; own_colours, whether they are a table of its own; counts, how often
 -- each index stands in its pixels, nil when they are too many to look at; interlaced.
 local function look_at(frame, screen_colours)
   local image = frame.image
-  local own = image.HasPalette and colours_of(image.Palette) or {}
+  local own = image.HasPalette and blocks.colours_of(image.Palette) or {}
   frame.own_colours = #own > 0
   frame.colours = frame.own_colours and own or screen_colours
   frame.interlaced = image.Interlace
   local few_enough = frame.width * frame.height <= kMostPixels
-  frame.counts = few_enough and count_values(tostring(image.Data or "")) or nil
+  frame.counts = few_enough and host.counts(tostring(image.Data or "")) or nil
 end
 
 -- How often each index of the global table stands in images drawn with it.
 local function global_counts(frames)
-  local sums = count_values("")
+  local sums = host.counts("")
   for _, frame in ipairs(frames) do
     for i = 0, not frame.own_colours and frame.counts and 255 or -1 do sums[i] = sums[i] + frame.counts[i] end
   end
@@ -72,7 +45,7 @@ function survey.of(path, start_progress)
   found.screen_width, found.screen_height = gif.Screen.Width, gif.Screen.Height
   found.width, found.height = blocks.screen_size(gif, found.frames)
   found.background = gif.Screen.BackgroundColor
-  found.colours = gif.Screen.HasPalette and colours_of(gif.Screen.Palette) or {}
+  found.colours = gif.Screen.HasPalette and blocks.colours_of(gif.Screen.Palette) or {}
   for _, block in ipairs(found.blocks) do
     if block.extension and block.extension.kind == "comment" then
       found.comments[#found.comments + 1] = block.extension.text

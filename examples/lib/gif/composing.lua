@@ -1,0 +1,172 @@
+-- What viewers show after each frame: the images drawn over one another, disposed of as each asks (GIF89a, section 23);
+-- frames made whole by it, and parted again.
+
+local areas = require "gif.areas"
+
+local composing = {}
+
+local kKeep, kRestoreBackground, kRestorePrevious = 1, 2, 3 -- disposals
+local kPixelsBetweenSweeps = 1 << 22
+
+-- A list of colours, or of other numbers for indexes, in the form that the host takes.
+function composing.list(numbers)
+  local parts = {}
+  for i = 1, #numbers, 128 do
+    local last = math.min(i + 127, #numbers)
+    parts[#parts + 1] = ("<" .. ("I4"):rep(last - i + 1)):pack(table.unpack(numbers, i, last))
+  end
+  return table.concat(parts)
+end
+
+local indexes = {}
+for i = 0, 255 do indexes[i + 1] = i end
+local kIndexes = composing.list(indexes)
+
+-- Gives back the memory of pixels no longer in use: they are large, and Lua sees only their handles.
+local unswept = 0
+local function sweep(pixels)
+  unswept = unswept + pixels
+  if unswept < kPixelsBetweenSweeps then return end
+  collectgarbage()
+  unswept = 0
+end
+
+-- Only the rows that a smaller canvas shows are read.
+local function draw(canvas, document, frame, values)
+  local pixels, transparent = rawget(frame, "pixels"), frame.transparent or -1
+  if pixels or document.height == canvas.Height then
+    local data = pixels and MemoryBlock(pixels) or frame.image.Data
+    if data then canvas:Draw(data, frame.left, frame.top, frame.width, frame.height, values, transparent) end
+    return sweep(frame.width * frame.height)
+  end
+  local height, shown = document.height, canvas.Height
+  for row = math.max(0, -(-frame.top * shown // height)), shown - 1 do
+    local y = row * height // shown - frame.top
+    if y >= frame.height then break end
+    local data = y >= 0 and frame.image:PixelData(y)
+    if data then canvas:Draw(data, frame.left, frame.top + y, frame.width, 1, values, transparent) end
+  end
+  sweep(frame.width * shown)
+end
+
+-- Calls show(frame, canvas) for each frame; the disposal of a frame takes effect just before the next one is drawn.
+-- how: indexes, when pixels are to stay indexes, not colours; width and height of a smaller canvas; needed(frame), which
+-- stops it where it gives false.
+---@param document Document
+function composing.play(document, how, show)
+  local width, height = document.width, document.height
+  local canvas = Canvas(width, height, how.width or width, how.height or height)
+  local lists = {} -- by table of colours
+  for _, frame in ipairs(document.frames) do
+    if how.needed and not how.needed(frame) then return end
+    local colours = how.indexes and kIndexes or document:colours_of(frame)
+    local values = how.indexes and kIndexes or lists[colours] or composing.list(colours)
+    if colours == document.colours then lists[colours] = values end
+    if frame.disposal == kRestorePrevious then canvas:Save() end
+    draw(canvas, document, frame, values)
+    show(frame, canvas)
+    sweep(canvas.Width * canvas.Height)
+    if frame.disposal == kRestoreBackground then
+      canvas:Fill(frame.left, frame.top, frame.width, frame.height)
+    elseif frame.disposal == kRestorePrevious then
+      canvas:Restore()
+    end
+  end
+end
+
+-- --- Whole frames ------------------------------------------------------------------------------------------------------
+
+-- An index that no opaque pixel of a document with one table has; its table grows for it, if need be. Nil for none.
+local function free_index(document)
+  local used = {}
+  for _, frame in ipairs(document.frames) do
+    for index, count in pairs(host.counts(frame.pixels)) do
+      if count > 0 and index ~= frame.transparent then used[index] = true end
+    end
+  end
+  for index = 0, 255 do
+    if not used[index] then
+      for i = #document.colours + 1, index + 1 do document.colours[i] = 0 end
+      return index
+    end
+  end
+  return nil
+end
+
+-- A picture as pixels with a table of their own, and the transparent index if it has one; false as a fourth result when
+-- its colours had to be reduced.
+function composing.indexed(picture)
+  local has_mask = picture.Mask ~= nil
+  local list = picture:Colours(256)
+  local colours, most = {}, has_mask and 255 or 256
+  if #list // 4 > most then
+    local reduced = ColorTable(256)
+    reduced:Add(picture)
+    for i = 0, reduced.Count - 1 do colours[i + 1] = reduced:Value(i) end
+    local transparent = reduced.Transparent >= 0 and reduced.Transparent or nil
+    return tostring(reduced:Indexes(picture)), colours, transparent, false
+  end
+  for i = 1, #list // 4 do colours[i] = ("<I4"):unpack(list, i * 4 - 3) end
+  local transparent = has_mask and #colours or nil
+  if has_mask then colours[#colours + 1] = 0 end
+  return tostring(picture:Indexes(composing.list(colours), transparent or -1)), colours, transparent, true
+end
+
+local function set_whole(frame, document, pixels, transparent)
+  frame.left, frame.top, frame.width, frame.height = 0, 0, document.width, document.height
+  frame.pixels, frame.transparent = pixels, transparent
+  frame.disposal = transparent and kRestoreBackground or kKeep
+end
+
+-- Makes each frame show the whole screen, as viewers show it by then, so that it can be taken out or moved. With one
+-- table the indexes stay; otherwise each frame gets a table of its own. Gives how many frames had more colours than a
+-- table holds.
+---@param document Document
+function composing.make_whole(document)
+  local reduced, transparent = 0, nil
+  local has_holes = false
+  composing.play(document, { indexes = true }, function(_, canvas) has_holes = has_holes or not canvas.IsFull end)
+  local by_index = document:has_one_table()
+  if by_index and has_holes then
+    transparent = free_index(document)
+    by_index = transparent ~= nil
+  end
+  local made = {}
+  composing.play(document, { indexes = by_index }, function(frame, canvas)
+    local whole = { transparent = transparent }
+    if by_index then
+      whole.pixels = canvas:Indexes(transparent or 0):String()
+    else
+      local exact
+      whole.pixels, whole.colours, whole.transparent, exact = composing.indexed(canvas:Picture())
+      reduced = reduced + (exact and 0 or 1)
+    end
+    made[#made + 1] = whole
+  end)
+  for i, frame in ipairs(document.frames) do
+    set_whole(frame, document, made[i].pixels, made[i].transparent)
+    if made[i].colours then frame.colours = made[i].colours end
+  end
+  return reduced
+end
+
+-- Leaves in each whole frame what the one before does not show already: the way back. Frames with transparency or with
+-- tables of their own stay whole.
+---@param document Document
+function composing.make_deltas(document)
+  local before
+  for _, frame in ipairs(document.frames) do
+    local is_whole = frame.left == 0 and frame.top == 0 and frame.width == document.width and
+      frame.height == document.height and not frame.transparent and not frame.colours
+    local after = is_whole and frame.pixels or nil
+    if before and after and frame.disposal <= kKeep then
+      local new = areas.difference(before, after, frame.width) or { left = 0, top = 0, width = 1, height = 1 }
+      local pixels = areas.part(after, frame.width, new)
+      frame.left, frame.top, frame.width, frame.height = new.left, new.top, new.width, new.height
+      frame.pixels = pixels
+    end
+    before = frame.disposal <= kKeep and after or nil
+  end
+end
+
+return composing
