@@ -6,7 +6,8 @@
 -- Each option is a function of the library, which scripts call in the same way: docs/library.md.
 
 local command, drawing, extensions = require "gif.command", require "gif.drawing", require "gif.extensions"
-local files, gif, recolouring, text = require "gif.files", require "gif", require "gif.recolouring", require "gif.text"
+local files, gif, json, many = require "gif.files", require "gif", require "gif.json", require "gif.many"
+local recolouring, text = require "gif.recolouring", require "gif.text"
 
 local kLeastDelayCs = 2 -- players take shorter ones for 0.1 s: they count as this long
 
@@ -85,6 +86,7 @@ local colour_kind = {
 local options, operands = command.parse {
   about = "Edits an animation, saves it, reads it back and says what changed.",
   operands = "IN.gif OUT.gif",
+  operands_with = { into = "[PATH...]" },
   options = {
     { "--blocks FIRST-LAST", "keep only these blocks, by the numbers that tree.lua prints", range_kind },
     { "--whole", "make each frame show the whole screen, so that it stands for itself" },
@@ -107,10 +109,11 @@ local options, operands = command.parse {
     { "--last-delay SECONDS", "that the last frame stays", command.seconds },
     { "--loop N", "times that players repeat it; 0 is for ever", command.whole(0, 65535) },
     { "--comment TEXT", "add a comment at the end", command.text },
-  },
+    { "--into FOLDER", "edit each PATH, files and all *.gif of folders, into files of the same names there", command.text },
+    table.unpack(many.options) },
   more = "Edits are made in this order; without options nothing changes. Frames count from 0.",
 }
-local input, output = table.unpack(operands)
+local input -- the file that is edited now
 
 -- --- Edits: each changes the document, and may give a remark -----------------------------------------------------------
 
@@ -265,23 +268,55 @@ end
 
 -- --- The work ----------------------------------------------------------------------------------------------------------
 
-local document, why = gif.open(input)
-if not document then command.fail(why) end
-local before, remarks, is_edited = summary(document), {}, false
-for _, name in ipairs(kOrder) do
-  if options[name] then
-    if #document.frames == 0 and not kWithoutFrames[name] then
-      command.fail(input .. ": holds no image" .. (options.blocks and " there" or ""))
+-- Edits one file. Gives what is told of it, or nil and the reason.
+local function edit(path, output, only_new)
+  input, recoloured = path, {}
+  local document, why = gif.open(path)
+  if not document then return nil, why end
+  local before, remarks, is_edited = summary(document), {}, false
+  for _, name in ipairs(kOrder) do
+    if options[name] then
+      if #document.frames == 0 and not kWithoutFrames[name] then
+        command.fail(path .. ": holds no image" .. (options.blocks and " there" or ""))
+      end
+      remarks[#remarks + 1] = edits[name](document, options[name])
+      is_edited = true
     end
-    remarks[#remarks + 1] = edits[name](document, options[name])
-    is_edited = true
   end
+  local saved, problem = files.save_gif(is_edited and document:build() or document.gif, output, only_new)
+  if not saved then return nil, problem end
+  return { document = document, before = before, remarks = remarks, is_edited = is_edited }
 end
 
-local saved, problem = files.save_gif(is_edited and document:build() or document.gif, output)
-if not saved then command.fail(problem) end
-print(("%s -> %s"):format(text.shown(input), text.shown(output)))
-print_changes(before, summary(document))
-if not is_edited then print("  nothing changed; --help tells what can be") end
-for _, remark in ipairs(remarks) do print("  note: " .. remark) end
-print(("  %s read back as they were made"):format(text.count(#document.frames, "frame")))
+local function edit_one(path, output)
+  local done, why = edit(path, output)
+  if not done then command.fail(why) end
+  print(("%s -> %s"):format(text.shown(path), text.shown(output)))
+  print_changes(done.before, summary(done.document))
+  if not done.is_edited then print("  nothing changed; --help tells what can be") end
+  for _, remark in ipairs(done.remarks) do print("  note: " .. remark) end
+  print(("  %s read back as they were made"):format(text.count(#done.document.frames, "frame")))
+end
+
+-- Into the folder, which gets the folders of the inputs; nothing that is there is replaced.
+local function edit_many(paths, folder)
+  local _, failed = many.run {
+    options = options, paths = paths,
+    work = function(path, name)
+      if ("/" .. name .. "/"):find("/../", 1, true) then return nil, path .. ": leads out of the folder" end
+      local output = folder .. "/" .. name
+      local made, why = files.make_folder(output:match("^(.*)/"))
+      if not made then return nil, why end
+      local done, problem = command.attempt(edit, path, output, true)
+      if not done then return nil, problem end
+      return { out = json.name(output), frames = #done.document.frames, notes = json.list(done.remarks) }
+    end }
+  os.exit(failed == 0, true)
+end
+
+if options.into then edit_many(operands, options.into) end
+for _, row in ipairs(many.options) do
+  local name = row[1]:match("^%-%-(%S+)")
+  if options[name] then command.reject("--" .. name .. " needs --into") end
+end
+edit_one(table.unpack(operands))

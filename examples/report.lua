@@ -210,24 +210,11 @@ end
 
 -- --- Blocks --------------------------------------------------------------------------------------------------------------
 
--- Sixteen bytes a line: the offset, the bytes, and those that are printable.
-local function hex(bytes)
-  local lines = {}
-  for at = 1, math.min(#bytes, kMostHexBytes), 16 do
-    local line = bytes:sub(at, math.min(at + 15, kMostHexBytes))
-    local digits = line:gsub(".", function(c) return ("%02x "):format(c:byte()) end)
-    lines[#lines + 1] = ("%04x  %-48s %s"):format(at - 1, digits, line:gsub("[^ -~]", "."))
-  end
-  local rest = #bytes - kMostHexBytes
-  if rest > 0 then lines[#lines + 1] = ("… and %s more"):format(text.count(rest, "byte")) end
-  return table.concat(lines, "\n")
-end
-
 local function sub_blocks(extension)
   if #extension.sub_blocks == 0 then return '<span class="quiet">no bytes</span>' end
   return html.fill("<details><summary>$sizes</summary><pre>$hex</pre></details>", {
     sizes = ("%s in %s"):format(text.count(extension.bytes, "byte"), text.count(#extension.sub_blocks, "sub-block")),
-    hex = hex(table.concat(extension.sub_blocks)) })
+    hex = text.hex(table.concat(extension.sub_blocks), kMostHexBytes) })
 end
 
 local function block_rows(found)

@@ -47,6 +47,7 @@ REALstringStruct* GetPath(REALobjectStruct* self, int64_t) { return StringResult
 void Write(REALobjectStruct* self, REALstringStruct* bytes) { Raise(File(self).Write(Bytes(bytes))); }
 REALstringStruct* Refusal(REALobjectStruct* self) { return StringResult(File(self).Refusal()); }
 void Keep(REALobjectStruct* self) { Raise(File(self).Keep()); }
+void KeepNew(REALobjectStruct* self) { Raise(File(self).KeepNew()); }
 void Discard(REALobjectStruct* self) { File(self).Discard(); }
 
 Ref<Object> Make(Heap& heap, const Class& own_class) { return heap.Make<OutputFileObject>(own_class); }
@@ -60,6 +61,7 @@ void AddOutputFileClass(Host& host) {
       NativeMethod("Write(bytes as String)", Proc(Write)),
       NativeMethod("Refusal() as String", Proc(Refusal)),
       NativeMethod("Keep()", Proc(Keep)),
+      NativeMethod("KeepNew()", Proc(KeepNew)),
       NativeMethod("Discard()", Proc(Discard)),
   };
   AddMembers(host.AddClass("OutputFile", Make), properties, methods);

@@ -4,7 +4,7 @@
 
 namespace host {
 
-// Files that this process removes when it ends: also by SIGINT, SIGTERM or SIGHUP, unless something else handles
+// Files that this process removes when it ends: also by SIGINT, SIGTERM, SIGHUP or SIGALRM, unless something else handles
 // those. Not by SIGKILL, and a path too long to be noted (4096 bytes) only by who noted it.
 
 void NoteUnfinished(const std::string& path);

@@ -143,6 +143,9 @@ function host.exists(path) end
 ---@return string? why there is none
 function host.stat(path) end
 
+---@param seconds integer
+function host.alarm(seconds) end
+
 ---@param bytes string a byte for each pixel
 ---@param width integer
 ---@param quarters integer clockwise

@@ -22,7 +22,8 @@ local function of_tables(a, b)
     end
   end
   if changes == 0 then return nil end
-  return ("table: %s differ: %s%s"):format(text.count(changes, "colour"), table.concat(shown, ", "), changes > 4 and ", ..." or "")
+  return ("table: %s: %s%s"):format(
+    text.count(changes, "colour") .. (changes == 1 and " differs" or " differ"), table.concat(shown, ", "), changes > 4 and ", ..." or "")
 end
 
 local function of_pixels(a, b)

@@ -53,6 +53,10 @@ end
 
 -- --- Frames ------------------------------------------------------------------------------------------------------------
 
+-- A new frame of plain values.
+---@return Frame
+function Document:frame(values) return blocks.frame(values) end
+
 -- Puts other frames in the places of those that are there: what stands between them stays there. A frame may be listed
 -- more than once.
 ---@param frames Frame[]

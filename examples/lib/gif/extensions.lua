@@ -86,6 +86,9 @@ local kDescriptions = {
   end,
 }
 
+-- The bytes of all sub-blocks.
+function extensions.payload(of) return table.concat(of.sub_blocks) end
+
 function extensions.name(of) return of.kind or ("extension 0x%02X"):format(of.label) end
 
 -- One line about what was read.
