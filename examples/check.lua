@@ -5,8 +5,8 @@
 -- A PATH is a GIF file or a folder; of a folder all files named *.gif are checked, those in folders within it too.
 -- Several processes share them, so that a file that breaks one does not stop the others.
 
-local animation, blocks, command = require "gif.animation", require "gif.blocks", require "gif.command"
-local comparing, files, json = require "gif.comparing", require "gif.files", require "gif.json"
+local blocks, command, comparing = require "gif.blocks", require "gif.command", require "gif.comparing"
+local composing, files, json = require "gif.composing", require "gif.files", require "gif.json"
 local many, text = require "gif.many", require "gif.text"
 
 -- --- One file -----------------------------------------------------------------------------------------
@@ -67,7 +67,7 @@ local function render(all)
     local picture = block.image and block.image:MakePicture()
     if block.image and not (picture and block.image:MakeMask()) then not_shown = not_shown + 1 end
     picture = nil
-    animation.sweep(block.image and block.image.Width * block.image.Height or 0)
+    composing.sweep(8 * (block.image and block.image.Width * block.image.Height or 0))
   end
   return not_shown
 end

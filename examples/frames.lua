@@ -6,7 +6,7 @@
 -- as it is stored, not what an animation has drawn by then (sheet.lua shows that); a mask is white where the image is
 -- transparent. The folder is made when it is missing.
 
-local animation, blocks, command = require "gif.animation", require "gif.blocks", require "gif.command"
+local composing, blocks, command = require "gif.composing", require "gif.blocks", require "gif.command"
 local files, progress = require "gif.files", require "gif.progress"
 
 local _, operands = command.parse {
@@ -43,5 +43,5 @@ for _, frame in ipairs(frames) do
   progress.clear()
   print(("block %3d: %4d x %-4d %s"):format(frame.block, frame.width, frame.height, saved))
   step()
-  animation.sweep(frame.width * frame.height)
+  composing.sweep(8 * frame.width * frame.height)
 end

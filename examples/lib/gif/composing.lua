@@ -6,7 +6,9 @@ local areas = require "gif.areas"
 local composing = {}
 
 local kKeep, kRestoreBackground, kRestorePrevious = 1, 2, 3 -- disposals
-local kPixelsBetweenSweeps = 1 << 22
+local kMostPixels, kLongestSide = 1 << 26, 32767 -- of what is drawn
+local kBytesBetweenSweeps = 1 << 25
+local kBytesOfPixel = 8 -- of a picture with its mask
 
 -- A list of colours, or of other numbers for indexes, in the form that the host takes.
 function composing.list(numbers)
@@ -22,31 +24,55 @@ local indexes = {}
 for i = 0, 255 do indexes[i + 1] = i end
 local kIndexes = composing.list(indexes)
 
--- Gives back the memory of pixels no longer in use: they are large, and Lua sees only their handles.
+-- Gives back the memory of pixels no longer in use: they are large, and Lua sees only their handles. Not after each small
+-- one, because every sweep goes through all that a script holds.
 local unswept = 0
-local function sweep(pixels)
-  unswept = unswept + pixels
-  if unswept < kPixelsBetweenSweeps then return end
+function composing.sweep(bytes)
+  unswept = unswept + bytes
+  if unswept < kBytesBetweenSweeps then return end
   collectgarbage()
   unswept = 0
 end
+local sweep = composing.sweep
 
--- Only the rows that a smaller canvas shows are read.
-local function draw(canvas, document, frame, values)
-  local pixels, transparent = rawget(frame, "pixels"), frame.transparent or -1
-  if pixels or document.height == canvas.Height then
+-- Whether something of this size, a logical screen or an image, is drawn: it is not empty, nor too large.
+function composing.can_draw(width, height)
+  return width > 0 and height > 0 and math.max(width, height) <= kLongestSide and width * height <= kMostPixels
+end
+
+-- Draws a frame with its left top corner there, on a canvas of a screen of that height. Only the rows that a smaller
+-- canvas shows are read.
+local function draw(canvas, height, frame, left, top, values)
+  local pixels, transparent, shown = rawget(frame, "pixels"), frame.transparent or -1, canvas.Height
+  if pixels or height == shown then
     local data = pixels and MemoryBlock(pixels) or frame.image.Data
-    if data then canvas:Draw(data, frame.left, frame.top, frame.width, frame.height, values, transparent) end
+    if data then canvas:Draw(data, left, top, frame.width, frame.height, values, transparent) end
     return sweep(frame.width * frame.height)
   end
-  local height, shown = document.height, canvas.Height
-  for row = math.max(0, -(-frame.top * shown // height)), shown - 1 do
-    local y = row * height // shown - frame.top
+  for row = math.max(0, -(-top * shown // height)), shown - 1 do
+    local y = row * height // shown - top
     if y >= frame.height then break end
     local data = y >= 0 and frame.image:PixelData(y)
-    if data then canvas:Draw(data, frame.left, frame.top + y, frame.width, 1, values, transparent) end
+    if data then canvas:Draw(data, left, top + y, frame.width, 1, values, transparent) end
+    sweep(frame.width)
   end
-  sweep(frame.width * shown)
+end
+
+-- What a canvas shows, as a picture.
+function composing.seen(canvas)
+  sweep(canvas.Width * canvas.Height * kBytesOfPixel)
+  return canvas:Picture()
+end
+
+-- The picture of a frame alone, its transparent pixels as mask, at a scale of at most 1; nil when it has no pixels or no
+-- colours.
+---@param frame Frame
+function composing.picture_of(frame, colours, scale)
+  if not composing.can_draw(frame.width, frame.height) or #colours == 0 then return nil end
+  local function shown(size) return math.max(1, math.min(size, math.floor(size * (scale or 1)))) end
+  local canvas = Canvas(frame.width, frame.height, shown(frame.width), shown(frame.height))
+  draw(canvas, frame.height, frame, 0, 0, composing.list(colours))
+  return composing.seen(canvas)
 end
 
 -- Calls show(frame, canvas) for each frame; the disposal of a frame takes effect just before the next one is drawn.
@@ -63,9 +89,8 @@ function composing.play(document, how, show)
     local values = how.indexes and kIndexes or lists[colours] or composing.list(colours)
     if colours == document.colours then lists[colours] = values end
     if frame.disposal == kRestorePrevious then canvas:Save() end
-    draw(canvas, document, frame, values)
+    if #values > 0 then draw(canvas, height, frame, frame.left, frame.top, values) end
     show(frame, canvas)
-    sweep(canvas.Width * canvas.Height)
     if frame.disposal == kRestoreBackground then
       canvas:Fill(frame.left, frame.top, frame.width, frame.height)
     elseif frame.disposal == kRestorePrevious then
@@ -138,7 +163,7 @@ function composing.make_whole(document)
       whole.pixels = canvas:Indexes(transparent or 0):String()
     else
       local exact
-      whole.pixels, whole.colours, whole.transparent, exact = composing.indexed(canvas:Picture())
+      whole.pixels, whole.colours, whole.transparent, exact = composing.indexed(composing.seen(canvas))
       reduced = reduced + (exact and 0 or 1)
     end
     made[#made + 1] = whole

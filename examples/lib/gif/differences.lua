@@ -82,7 +82,7 @@ local function pictures_of(document, show)
   local number = 0
   composing.play(document, {}, function(_, canvas)
     number = number + 1
-    show(number, canvas:Picture())
+    show(number, composing.seen(canvas))
   end)
 end
 

@@ -56,7 +56,7 @@ function drawing.redraw(document, width, height, edit)
   local met, has_holes, reduced = {}, false, ColorTable(kMostColours)
   local exact = true
   local function pictures(show)
-    composing.play(document, {}, function(frame, canvas) show(frame, edit(canvas:Picture(), frame)) end)
+    composing.play(document, {}, function(frame, canvas) show(frame, edit(composing.seen(canvas), frame)) end)
   end
   pictures(function(_, picture)
     if #met <= kMostColours then distinct_of(picture:Colours(kMostColours), met, kMostColours) end

@@ -15,7 +15,7 @@ end
 local function make_last_whole(of)
   local last = of.frames[#of.frames]
   local seen
-  composing.play(of, {}, function(frame, canvas) if frame == last then seen = canvas:Picture() end end)
+  composing.play(of, {}, function(frame, canvas) if frame == last then seen = composing.seen(canvas) end end)
   local exact
   last.pixels, last.colours, last.transparent, exact = composing.indexed(seen)
   last.left, last.top, last.width, last.height, last.disposal = 0, 0, of.width, of.height, kRestoreBackground

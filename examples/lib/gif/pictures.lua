@@ -1,6 +1,6 @@
 -- An animation of PNG files: their colours reduced, and of each picture no more stored than what is new in it.
 
-local animation, command, files, progress = require "gif.animation", require "gif.command", require "gif.files", require "gif.progress"
+local composing, command, files, progress = require "gif.composing", require "gif.command", require "gif.files", require "gif.progress"
 
 local pictures = {}
 
@@ -9,7 +9,7 @@ local kKeep, kRestoreBackground = 1, 2 -- disposals: GIF89a, section 23
 local function load(path)
   local picture, why = files.load_png(path)
   if not picture then command.fail(why) end
-  animation.sweep(picture.Width * picture.Height)
+  composing.sweep(8 * picture.Width * picture.Height)
   return picture
 end
 
