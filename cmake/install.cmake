@@ -15,8 +15,11 @@ install(CODE "execute_process(
 file(READ CHANGELOG.md changes)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS CHANGELOG.md docs/gifhost.1)
 set(contact "The GIF plugin's developers <gif-plugin@localhost>")
-string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
-string(REGEX REPLACE "^.*\n## ${PROJECT_VERSION}\n" "" changes "${changes}")
+string(REGEX REPLACE "^.*\n## ${PROJECT_VERSION} \\(([0-9-]+)\\)\n" "\\1\n" changes "${changes}")
+string(SUBSTRING "${changes}" 0 10 day)
+execute_process(COMMAND date -ud ${day} "+%a, %d %b %Y %H:%M:%S +0000" OUTPUT_VARIABLE date
+                OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
+string(SUBSTRING "${changes}" 10 -1 changes)
 string(REGEX REPLACE "\n## .*" "" changes "${changes}")
 string(REGEX REPLACE "\n  " "\n    " changes "${changes}")
 string(REGEX REPLACE "\n- " "\n  * " changes "${changes}")

@@ -7,7 +7,7 @@
 
 local command, drawing, extensions = require "gif.command", require "gif.drawing", require "gif.extensions"
 local files, gif, json, many = require "gif.files", require "gif", require "gif.json", require "gif.many"
-local recolouring, text = require "gif.recolouring", require "gif.text"
+local optimising, recolouring, text = require "gif.optimising", require "gif.recolouring", require "gif.text"
 
 local kLeastDelayCs = 2 -- players take shorter ones for 0.1 s: they count as this long
 
@@ -109,6 +109,8 @@ local options, operands = command.parse {
     { "--last-delay SECONDS", "that the last frame stays", command.seconds },
     { "--loop N", "times that players repeat it; 0 is for ever", command.whole(0, 65535) },
     { "--comment TEXT", "add a comment at the end", command.text },
+    { "--optimise", "make the file smaller without changing what it shows" },
+    { "--lossy N", "optimise, with colours up to that far from the right ones (1 to 255)", command.whole(1, 255) },
     { "--into FOLDER", "edit each PATH, files and all *.gif of folders, into files of the same names there", command.text },
     table.unpack(many.options) },
   more = "Edits are made in this order; without options nothing changes. Frames count from 0.",
@@ -282,6 +284,11 @@ local function edit(path, output, only_new)
       remarks[#remarks + 1] = edits[name](document, options[name])
       is_edited = true
     end
+  end
+  if options.optimise or options.lossy then
+    local smaller, reason = optimising.smaller(document, options.lossy)
+    if not smaller then command.fail(path .. ": cannot be optimised: " .. reason) end
+    document, is_edited = smaller, true
   end
   local saved, problem = files.save_gif(is_edited and document:build() or document.gif, output, only_new)
   if not saved then return nil, problem end

@@ -11,9 +11,9 @@
 
 #include "fuzz/flat_document.h"
 #include "fuzz/input.h"
+#include "host/classes/full_host.h"
 #include "host/host/dispatch.h"
 #include "host/host/folder_item.h"
-#include "host/host/host.h"
 #include "host/host/memory_block.h"
 
 namespace {
@@ -31,7 +31,7 @@ host::HostOptions Options() {
 }
 
 Host& TheHost() {
-  static Host host(Options());
+  static host::FullHost host(Options());
   return host;
 }
 
@@ -43,7 +43,7 @@ class Session {
     const Value text = HandleValue(host_.NewString(bytes));
     Keep(text);
     Keep(Item());
-    KeepOpened([&] { return host_.CallGlobal("GifStringToGifZKV", {text}); });
+    KeepOpened([&] { return CallGlobal(host_, "GifStringToGifZKV", {text}); });
   }
 
   void Run() {
@@ -66,7 +66,7 @@ class Session {
   void Step() {
     switch (input_.Below(10)) {
       case 0:
-        return Keep(HandleValue(host_.New(ClassName())));
+        return Keep(HandleValue(NewObject(host_, ClassName())));
       case 1:
         if (!held_.empty()) held_.erase(held_.begin() + input_.Below(static_cast<int32_t>(held_.size())));
         return;
@@ -94,13 +94,13 @@ class Session {
   Value Item() {
     static const std::string path =
         std::filesystem::temp_directory_path() / ("session_fuzzer_" + std::to_string(getpid()) + ".gif");
-    const Ref<Object> item = host_.New("FolderItem");
+    const Ref<Object> item = NewObject(host_, "FolderItem");
     if (auto* file = dynamic_cast<host::FolderItem*>(item.get())) file->set_path(path);
     return HandleValue(item);
   }
 
   Value MakeBlock() {
-    const Ref<Object> block = host_.New("MemoryBlock", {int64_t{input_.Byte()}});
+    const Ref<Object> block = NewObject(host_, "MemoryBlock", {int64_t{input_.Byte()}});
     auto* memory = dynamic_cast<host::MemoryBlock*>(block.get());
     for (int64_t i = 0; i < memory->size(); ++i) memory->bytes()[i] = static_cast<std::byte>(i);
     return HandleValue(block);
@@ -109,11 +109,11 @@ class Session {
   void UseFile() {
     const Ref<Object> item = host::ValueAs<Object>(Item());
     if (input_.Coin()) {
-      Keep(host_.Call(item, "SaveAsGIFZKV", {Pick({Type::Kind::kObject, "GIFZKV"})}));
+      Keep(CallMember(host_, item, "SaveAsGIFZKV", {Pick({Type::Kind::kObject, "GIFZKV"})}));
     } else if (input_.Coin()) {
-      KeepOpened([&] { return host_.Call(item, "OpenAsGIFZKV"); });
+      KeepOpened([&] { return CallMember(host_, item, "OpenAsGIFZKV"); });
     } else {
-      Keep(host_.CallGlobal("GifStringToPictureZKV", {Pick({Type::Kind::kString, "string"})}));
+      Keep(CallGlobal(host_, "GifStringToPictureZKV", {Pick({Type::Kind::kString, "string"})}));
     }
   }
 
@@ -163,7 +163,7 @@ class Session {
       case Type::Kind::kObject:
         // A document that stores its own view holds itself for ever: opened ones get something new.
         if (!to_opened) return Pick(type);
-        return input_.Coin() ? HandleValue(host_.New(type.name)) : Value();
+        return input_.Coin() ? HandleValue(NewObject(host_, type.name)) : Value();
       default:
         return {};
     }

@@ -110,11 +110,11 @@ REALpictureStruct* MakePictureFromGifPicture(Gif* gif, GifPicture* picture) {
   return Render(writer, *picture, TableOf(writer, *palette));
 }
 
-REALpictureStruct* MakeMaskFromGifPicture(GifPicture* picture, int transparentIndex) {
+REALpictureStruct* MakeMaskFromGifPicture(GifPicture* picture, int transparent_index) {
   if (!picture) return nullptr;
   PictureWriter writer;
   if (!writer.NewPictureWriter(picture->width, picture->height)) return nullptr;
-  return Render(writer, *picture, MaskTable(writer, transparentIndex));
+  return Render(writer, *picture, MaskTable(writer, transparent_index));
 }
 
 void AddPictureMask(REALpictureStruct* picture, REALpictureStruct* mask, long long width, long long height) {

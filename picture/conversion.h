@@ -14,10 +14,10 @@ extern thread_local long long LastHeight;
 // makes no picture of that size. The document may be null when the image has a palette of its own.
 REALpictureStruct* MakePictureFromGifPicture(Gif* gif, GifPicture* picture);
 
-// A new picture of the image's size, white where a pixel holds `transparentIndex`, black elsewhere
+// A new picture of the image's size, white where a pixel holds `transparent_index`, black elsewhere
 // (everywhere for an index outside 0 to 255). The caller owns the one reference. Null as above, but no
 // palette is needed.
-REALpictureStruct* MakeMaskFromGifPicture(GifPicture* picture, int transparentIndex);
+REALpictureStruct* MakeMaskFromGifPicture(GifPicture* picture, int transparent_index);
 
 // Draws the top left `width` by `height` pixels of `mask` into the mask of `picture`. Does nothing when an
 // argument is null or below 1, or the host cannot. Both pictures stay the caller's.

@@ -1,8 +1,10 @@
 // The class "OutputFile", as scripts see it.
 
-#include "host/core/output_file.h"
+#include <stdexcept>
 
-#include "host/host/native.h"
+#include "host/classes/host_classes.h"
+#include "host/classes/native.h"
+#include "host/core/output_file.h"
 #include "host/host/object.h"
 #include "host/host/string.h"
 
@@ -20,14 +22,14 @@ class OutputFileObject : public Object {
   bool started = false;
 };
 
-void Raise(const std::string& message) {
-  if (!message.empty()) Host::Current().Raise("RuntimeException", message);
+void Require(const std::string& problem) {
+  if (!problem.empty()) throw std::runtime_error(problem);
 }
 
 // One made without a target starts when it is first asked for something.
 OutputFile& File(REALobjectStruct* self) {
   auto& object = *Self<OutputFileObject>(self);
-  if (!object.started) Raise(object.file.Start());
+  if (!object.started) Require(object.file.Start());
   object.started = true;
   return object.file;
 }
@@ -40,31 +42,29 @@ std::string Bytes(REALstringStruct* text) {
 void Construct(REALobjectStruct* self, REALstringStruct* target) {
   auto& object = *Self<OutputFileObject>(self);
   object.started = true;
-  Raise(object.file.Start(Bytes(target)));
+  Require(object.file.Start(Bytes(target)));
 }
 
 REALstringStruct* GetPath(REALobjectStruct* self, int64_t) { return StringResult(File(self).path()); }
-void Write(REALobjectStruct* self, REALstringStruct* bytes) { Raise(File(self).Write(Bytes(bytes))); }
+void Write(REALobjectStruct* self, REALstringStruct* bytes) { Require(File(self).Write(Bytes(bytes))); }
 REALstringStruct* Refusal(REALobjectStruct* self) { return StringResult(File(self).Refusal()); }
-void Keep(REALobjectStruct* self) { Raise(File(self).Keep()); }
-void KeepNew(REALobjectStruct* self) { Raise(File(self).KeepNew()); }
+void Keep(REALobjectStruct* self) { Require(File(self).Keep()); }
+void KeepNew(REALobjectStruct* self) { Require(File(self).KeepNew()); }
 void Discard(REALobjectStruct* self) { File(self).Discard(); }
-
-Ref<Object> Make(Heap& heap, const Class& own_class) { return heap.Make<OutputFileObject>(own_class); }
 
 }  // namespace
 
 void AddOutputFileClass(Host& host) {
-  const REALproperty properties[] = {NativeProperty("Path", "String", Proc(GetPath))};
+  const REALproperty properties[] = {PropertyRow("Path", "String", Native<GetPath>)};
   const REALmethodDefinition methods[] = {
-      NativeMethod("Constructor(target as String)", Proc(Construct)),
-      NativeMethod("Write(bytes as String)", Proc(Write)),
-      NativeMethod("Refusal() as String", Proc(Refusal)),
-      NativeMethod("Keep()", Proc(Keep)),
-      NativeMethod("KeepNew()", Proc(KeepNew)),
-      NativeMethod("Discard()", Proc(Discard)),
+      MethodRow("Constructor(target as String)", Native<Construct>),
+      MethodRow("Write(bytes as String)", Native<Write>),
+      MethodRow("Refusal() as String", Native<Refusal>),
+      MethodRow("Keep()", Native<Keep>),
+      MethodRow("KeepNew()", Native<KeepNew>),
+      MethodRow("Discard()", Native<Discard>),
   };
-  AddMembers(host.AddClass("OutputFile", Make), properties, methods);
+  AddMembers(host.AddClass("OutputFile", MakeInstance<OutputFileObject>), properties, methods);
 }
 
 }  // namespace host

@@ -1,16 +1,17 @@
-// The classes "Picture", "Graphics" and the application's, as scripts and the plugin see them.
+// The classes "Picture" and "Graphics", as scripts and the plugin see them.
 
 #include <algorithm>
+#include <stdexcept>
 #include <vector>
 
 #include "host/classes/drawing.h"
+#include "host/classes/host_classes.h"
+#include "host/classes/native.h"
 #include "host/classes/picture_colors.h"
 #include "host/classes/picture_file.h"
 #include "host/classes/picture_making.h"
 #include "host/core/text.h"
-#include "host/host/native.h"
 #include "host/host/picture.h"
-#include "host/host/string.h"
 
 namespace host {
 namespace {
@@ -20,26 +21,24 @@ constexpr int64_t kWhole = -10000;
 
 int64_t SizeOr(int64_t size, int64_t whole) { return size == kWhole ? whole : size; }
 
-void Raise(const std::string& message) {
-  if (!message.empty()) Host::Current().Raise("RuntimeException", message);
+const std::string& Bytes(REALstringStruct* handle) {
+  static const std::string none;
+  const String* text = Self<String>(handle);
+  return text == nullptr ? none : text->bytes();
 }
 
 void Construct(REALobjectStruct* self, int64_t width, int64_t height) {
-  if (Self<Picture>(self)->Create(width, height)) return;
-  Raise(Text("A picture of ", width, " by ", height, " pixels can't be made."));
+  if (Self<Picture>(self)->Create(Host::Current().options(), width, height)) return;
+  throw std::runtime_error(Text("A picture of ", width, " by ", height, " pixels can't be made."));
 }
 
 void ConstructFromFile(REALobjectStruct* self, REALstringStruct* path) {
-  const String* text = Self<String>(path);
-  Raise(LoadPng(*Self<Picture>(self), text == nullptr ? "" : text->bytes()));
+  LoadPng(Host::Current(), *Self<Picture>(self), Bytes(path));
 }
 
 void ConstructFromText(REALobjectStruct* self, REALstringStruct* text, REALstringStruct* font, int64_t size,
                        uint32_t rgb) {
-  const String* letters = Self<String>(text);
-  const String* name = Self<String>(font);
-  if (letters == nullptr || name == nullptr) return Raise("a text and a font are needed");
-  Raise(DrawLetters(*Self<Picture>(self), letters->bytes(), name->bytes(), size, rgb));
+  DrawLetters(Host::Current(), *Self<Picture>(self), {Bytes(text), Bytes(font), size, rgb});
 }
 
 int64_t GetWidth(REALobjectStruct* self, int64_t) { return Self<Picture>(self)->width(); }
@@ -47,42 +46,41 @@ int64_t GetHeight(REALobjectStruct* self, int64_t) { return Self<Picture>(self)-
 int64_t GetDepth(REALobjectStruct* /*self*/, int64_t) { return 32; }
 int8_t GetHasAlphaChannel(REALobjectStruct* /*self*/, int64_t) { return 0; }
 
-REALobjectStruct* GetMask(REALobjectStruct* self, int64_t) { return Result(Self<Picture>(self)->mask()); }
+REALpictureStruct* GetMask(REALobjectStruct* self, int64_t) {
+  return HandOut<REALpictureStruct>(Self<Picture>(self)->mask());
+}
 
 void SetMask(REALobjectStruct* self, int64_t, REALpictureStruct* mask) {
-  if (!Self<Picture>(self)->SetMask(Ref<Picture>(Self<Picture>(mask)))) {
-    Raise("A picture that has a mask can't be a mask.");
-  }
+  if (Self<Picture>(self)->SetMask(Ref<Picture>(Self<Picture>(mask)))) return;
+  throw std::runtime_error("A picture that has a mask can't be a mask.");
 }
 
 REALobjectStruct* GetGraphics(REALobjectStruct* self, int64_t) {
-  return Result(NewGraphics(Ref<Picture>(Self<Picture>(self))));
+  return HandOut<REALobjectStruct>(NewGraphics(Host::Current(), Ref<Picture>(Self<Picture>(self))));
 }
 
-// Whether the pixel exists; raises when it does not.
-bool CheckPixel(const Picture& picture, int64_t x, int64_t y) {
-  if (picture.Contains(x, y)) return true;
-  Host::Current().Raise("OutOfBoundsException", Text("Pixel ", x, ", ", y, " of a picture of ", picture.width(),
+void RequirePixel(const Picture& picture, int64_t x, int64_t y) {
+  if (picture.Contains(x, y)) return;
+  throw RaisedException("OutOfBoundsException", Text("Pixel ", x, ", ", y, " of a picture of ", picture.width(),
                                                      " by ", picture.height(), " pixels."));
-  return false;
 }
 
 uint32_t GetPixel(REALobjectStruct* self, int64_t x, int64_t y) {
   const auto& picture = *Self<Picture>(self);
-  if (!CheckPixel(picture, x, y)) return 0;
+  RequirePixel(picture, x, y);
   return picture.pixels().Get(static_cast<int>(x), static_cast<int>(y));
 }
 
 void SetPixel(REALobjectStruct* self, int64_t x, int64_t y, uint32_t rgb, int64_t opacity) {
   auto& picture = *Self<Picture>(self);
-  if (!CheckPixel(picture, x, y)) return;
+  RequirePixel(picture, x, y);
   Blend(picture, static_cast<int>(x), static_cast<int>(y), rgb,
         static_cast<uint32_t>(std::clamp<int64_t>(opacity, 0, 255)));
 }
 
 REALstringStruct* GetPixelBytes(REALobjectStruct* self, int64_t x, int64_t y) {
   const auto& picture = *Self<Picture>(self);
-  if (!CheckPixel(picture, x, y)) return nullptr;
+  RequirePixel(picture, x, y);
   const uint8_t* bytes = picture.pixels().At(static_cast<int>(x), static_cast<int>(y));
   return StringResult({reinterpret_cast<const char*>(bytes), picture.pixels().pixel_size()});
 }
@@ -130,86 +128,73 @@ void DrawOnGraphics(REALobjectStruct* self, REALpictureStruct* image, int64_t x,
   Draw(Self<Graphics>(self)->picture.get(), image, {x, y, w, h}, {sx, sy, sw, sh});
 }
 
-void Save(REALobjectStruct* self, REALstringStruct* path) {
-  const String* text = Self<String>(path);
-  Raise(SavePng(*Self<Picture>(self), text == nullptr ? "" : text->bytes()));
+REALpictureStruct* GetScaled(REALobjectStruct* self, int64_t width, int64_t height) {
+  return HandOut<REALpictureStruct>(Scaled(Host::Current(), *Self<Picture>(self), width, height));
 }
 
-REALstringStruct* GetPng(REALobjectStruct* self) {
-  std::string encoded;
-  Raise(EncodePng(*Self<Picture>(self), encoded));
-  return StringResult(encoded);
-}
-
-REALobjectStruct* GetScaled(REALobjectStruct* self, int64_t width, int64_t height) {
-  const Ref<Picture> scaled = Scaled(*Self<Picture>(self), width, height);
-  if (!scaled) Raise(Text("A picture of ", width, " by ", height, " pixels can't be made."));
-  return Result(scaled);
-}
-
-REALobjectStruct* GetDifference(REALobjectStruct* self, REALpictureStruct* other) {
+REALpictureStruct* GetDifference(REALobjectStruct* self, REALpictureStruct* other) {
   const auto* second = Self<Picture>(other);
-  const Ref<Picture> difference = second == nullptr ? Ref<Picture>() : Difference(*Self<Picture>(self), *second);
-  if (!difference) Raise("Pictures of one size are needed.");
-  return Result(difference);
+  if (second == nullptr) throw std::runtime_error("A picture is needed.");
+  return HandOut<REALpictureStruct>(Difference(Host::Current(), *Self<Picture>(self), *second));
 }
 
 REALstringStruct* GetColors(REALobjectStruct* self, int64_t most) {
   return StringResult(ListOf(DistinctColors(*Self<Picture>(self), static_cast<size_t>(std::max<int64_t>(0, most)))));
 }
 
-REALobjectStruct* GetIndexes(REALobjectStruct* self, REALstringStruct* colors, int64_t transparent) {
+REALmemoryBlockStruct* GetIndexes(REALobjectStruct* self, REALstringStruct* colors, int64_t transparent) {
   const auto& picture = *Self<Picture>(self);
   const auto size = static_cast<size_t>(picture.width()) * static_cast<size_t>(picture.height());
-  const Ref<MemoryBlock> block = NewMemoryBlock(size);
-  if (block) NearestIndexes(picture, ColorsOf(colors), transparent, {block->bytes(), size});
-  return Result(block);
+  const Ref<MemoryBlock> block = NewMemoryBlock(Host::Current(), size);
+  NearestIndexes(picture, ColorsOf(Bytes(colors)), transparent, {block->bytes(), size});
+  return HandOut<REALmemoryBlockStruct>(block);
 }
 
-Ref<Object> MakeEmptyPicture(Heap& heap, const Class& own_class) { return heap.Make<Picture>(own_class); }
-Ref<Object> MakeEmptyGraphics(Heap& heap, const Class& own_class) { return heap.Make<Graphics>(own_class); }
+REALstringStruct* GetPng(REALobjectStruct* self) { return StringResult(EncodePng(*Self<Picture>(self))); }
+
+void Save(REALobjectStruct* self, REALstringStruct* path) { SavePng(*Self<Picture>(self), Bytes(path)); }
 
 void AddPictureClass(Host& host) {
   const REALproperty properties[] = {
-      NativeProperty("Width", "Integer", Proc(GetWidth)),
-      NativeProperty("Height", "Integer", Proc(GetHeight)),
-      NativeProperty("Depth", "Integer", Proc(GetDepth)),
-      NativeProperty("HasAlphaChannel", "Boolean", Proc(GetHasAlphaChannel)),
-      NativeProperty("Mask", "Picture", Proc(GetMask), Proc(SetMask)),
-      NativeProperty("Graphics", "Graphics", Proc(GetGraphics)),
+      PropertyRow("Width", "Integer", Native<GetWidth>),
+      PropertyRow("Height", "Integer", Native<GetHeight>),
+      PropertyRow("Depth", "Integer", Native<GetDepth>),
+      PropertyRow("HasAlphaChannel", "Boolean", Native<GetHasAlphaChannel>),
+      PropertyRow("Mask", "Picture", Native<GetMask>, Native<SetMask>),
+      PropertyRow("Graphics", "Graphics", Native<GetGraphics>),
   };
   const REALmethodDefinition methods[] = {
-      NativeMethod("Constructor(width as Integer, height as Integer)", Proc(Construct)),
-      NativeMethod("Constructor(path as String)", Proc(ConstructFromFile)),
-      NativeMethod("Constructor(text as String, font as String, size as Integer, rgb as Color)",
-                   Proc(ConstructFromText)),
-      NativeMethod("Pixel(x as Integer, y as Integer) as Color", Proc(GetPixel)),
-      NativeMethod("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)", Proc(SetPixel)),
-      NativeMethod("PixelBytes(x as Integer, y as Integer) as String", Proc(GetPixelBytes)),
-      NativeMethod("RGB() as String", Proc(GetRgb)),
-      NativeMethod("FillRect(x as Integer, y as Integer, w as Integer, h as Integer, rgb as Color)", Proc(FillRect)),
-      NativeMethod("DrawText(x as Integer, y as Integer, text as String, rgb as Color = 0)", Proc(DrawString)),
-      NativeMethod("DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer = -10000, "
-                   "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
-                   "sh as Integer = -10000)",
-                   Proc(DrawOnPicture)),
-      NativeMethod("Scaled(w as Integer, h as Integer) as Picture", Proc(GetScaled)),
-      NativeMethod("Difference(image as Picture) as Picture", Proc(GetDifference)),
-      NativeMethod("Colours(most as Integer = 256) as String", Proc(GetColors)),
-      NativeMethod("Indexes(colours as String, transparent as Integer = -1) as MemoryBlock", Proc(GetIndexes)),
-      NativeMethod("PNG() as String", Proc(GetPng)),
-      NativeMethod("SavePNG(path as String)", Proc(Save)),
+      MethodRow("Constructor(width as Integer, height as Integer)", Native<Construct>),
+      MethodRow("Constructor(path as String)", Native<ConstructFromFile>),
+      MethodRow("Constructor(text as String, font as String, size as Integer, rgb as Color)",
+                Native<ConstructFromText>),
+      MethodRow("Pixel(x as Integer, y as Integer) as Color", Native<GetPixel>),
+      MethodRow("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)", Native<SetPixel>),
+      MethodRow("PixelBytes(x as Integer, y as Integer) as String", Native<GetPixelBytes>),
+      MethodRow("RGB() as String", Native<GetRgb>),
+      MethodRow("FillRect(x as Integer, y as Integer, w as Integer, h as Integer, rgb as Color)", Native<FillRect>),
+      MethodRow("DrawText(x as Integer, y as Integer, text as String, rgb as Color = 0)", Native<DrawString>),
+      MethodRow("DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer = -10000, "
+                "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
+                "sh as Integer = -10000)",
+                Native<DrawOnPicture>),
+      MethodRow("Scaled(w as Integer, h as Integer) as Picture", Native<GetScaled>),
+      MethodRow("Difference(image as Picture) as Picture", Native<GetDifference>),
+      MethodRow("Colours(most as Integer = 256) as String", Native<GetColors>),
+      MethodRow("Indexes(colours as String, transparent as Integer = -1) as MemoryBlock", Native<GetIndexes>),
+      MethodRow("PNG() as String", Native<GetPng>),
+      MethodRow("SavePNG(path as String)", Native<Save>),
   };
-  AddMembers(host.AddClass("Picture", MakeEmptyPicture), properties, methods);
+  AddMembers(host.AddClass("Picture", MakeInstance<Picture>), properties, methods);
 }
 
 void AddGraphicsClass(Host& host) {
   const REALmethodDefinition methods[] = {
-      NativeMethod("DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
-                   "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)",
-                   Proc(DrawOnGraphics)),
+      MethodRow("DrawPicture(Image as Picture, x as Integer, y as Integer, w as Integer, h as Integer, "
+                "sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, sh as Integer = -10000)",
+                Native<DrawOnGraphics>),
   };
-  AddMembers(host.AddClass("Graphics", MakeEmptyGraphics), {}, methods);
+  AddMembers(host.AddClass("Graphics", MakeInstance<Graphics>), {}, methods);
 }
 
 }  // namespace
@@ -217,13 +202,6 @@ void AddGraphicsClass(Host& host) {
 void AddPictureClasses(Host& host) {
   AddGraphicsClass(host);
   AddPictureClass(host);
-}
-
-void AddApplicationClasses(Host& host) {
-  const HostOptions& options = host.options();
-  const bool desktop = options.pictures == PictureKind::kDesktop;
-  const std::string name = options.application.value_or(desktop ? "Application" : "ConsoleApplication");
-  if (!name.empty()) host.AddClass(name, nullptr);
 }
 
 }  // namespace host

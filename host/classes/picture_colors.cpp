@@ -2,13 +2,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <unordered_map>
 #include <unordered_set>
-
-#include "host/core/text.h"
-#include "host/host/host.h"
-#include "host/host/native.h"
-#include "host/host/string.h"
 
 namespace host {
 namespace {
@@ -44,10 +40,9 @@ uint8_t Nearest(uint32_t rgb, std::span<const uint32_t> colors) {
 
 }  // namespace
 
-std::vector<uint32_t> ColorsOf(const REALstringStruct* list) {
-  const String* string = Self<String>(list);
-  std::vector<uint32_t> colors(string == nullptr ? 0 : string->bytes().size() / sizeof(uint32_t));
-  if (!colors.empty()) std::memcpy(colors.data(), string->bytes().data(), colors.size() * sizeof(uint32_t));
+std::vector<uint32_t> ColorsOf(const std::string& list) {
+  std::vector<uint32_t> colors(list.size() / sizeof(uint32_t));
+  if (!colors.empty()) std::memcpy(colors.data(), list.data(), colors.size() * sizeof(uint32_t));
   return colors;
 }
 
@@ -95,12 +90,10 @@ void NearestIndexes(const Picture& picture, std::span<const uint32_t> colors, in
   });
 }
 
-Ref<MemoryBlock> NewMemoryBlock(size_t size) {
-  Host& host = Host::Current();
+Ref<MemoryBlock> NewMemoryBlock(Host& host, size_t size) {
   Ref<MemoryBlock> block = host.heap().Make<MemoryBlock>(host.RequireClass("MemoryBlock"));
-  if (block->Resize(static_cast<int64_t>(size))) return block;
-  host.Raise("OutOfMemoryException", Text("A MemoryBlock of ", size, " bytes can't be made."));
-  return {};
+  if (!block->Resize(static_cast<int64_t>(size), host.options().largest_block)) throw std::bad_alloc();
+  return block;
 }
 
 }  // namespace host

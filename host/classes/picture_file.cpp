@@ -7,6 +7,8 @@
 #include <cstdio>
 #include <cstring>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <vector>
 
 #include "host/core/output_file.h"
@@ -83,14 +85,15 @@ Image WithColorTable(const gdImage& image) {
   return copy;
 }
 
-std::string SystemMessage(const std::string& path) { return Text(path, ": ", std::strerror(errno)); }
+[[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what); }
+[[noreturn]] void FailAsTheSystemSays(const std::string& path) { Fail(Text(path, ": ", std::strerror(errno))); }
 
 }  // namespace
 
-std::string EncodePng(const Picture& picture, std::string& encoded) {
-  if (picture.width() == 0) return "the picture has no pixels";
+std::string EncodePng(const Picture& picture) {
+  if (picture.width() == 0) Fail("the picture has no pixels");
   const Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
-  if (!image) return "not enough memory";
+  if (!image) throw std::bad_alloc();
   std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
   std::vector<uint32_t> transparency(colors.size());
   for (int y = 0; y < picture.height(); ++y) {
@@ -104,38 +107,37 @@ std::string EncodePng(const Picture& picture, std::string& encoded) {
   const Image with_table = WithColorTable(*image);
   int size = 0;
   const GdBytes bytes(gdImagePngPtrEx(with_table ? with_table.get() : image.get(), &size, kCompression));
-  if (!bytes) return "not enough memory";
-  encoded.assign(static_cast<const char*>(bytes.get()), static_cast<size_t>(size));
-  return "";
+  if (!bytes) throw std::bad_alloc();
+  return {static_cast<const char*>(bytes.get()), static_cast<size_t>(size)};
 }
 
-std::string SavePng(const Picture& picture, const std::string& path) {
-  std::string encoded;
+void SavePng(const Picture& picture, const std::string& path) {
+  const std::string encoded = EncodePng(picture);
   OutputFile file;
-  std::string problem = EncodePng(picture, encoded);
-  if (problem.empty()) problem = file.Start(path);
+  std::string problem = file.Start(path);
   if (problem.empty()) problem = file.Write(encoded);
   if (problem.empty()) problem = file.Keep();
-  return problem;
+  if (!problem.empty()) Fail(problem);
 }
 
-std::string LoadPng(Picture& picture, const std::string& path) {
+void LoadPng(Host& host, Picture& picture, const std::string& path) {
   const File file(std::fopen(path.c_str(), "rb"));
-  if (!file) return SystemMessage(path);
+  if (!file) FailAsTheSystemSays(path);
   const Image image(gdImageCreateFromPng(file.get()));
-  if (!image) return path + " is no PNG file";
-  if (!picture.Create(gdImageSX(image.get()), gdImageSY(image.get()))) return "the picture is too large";
+  if (!image) Fail(path + " is no PNG file");
+  if (!picture.Create(host.options(), gdImageSX(image.get()), gdImageSY(image.get()))) {
+    Fail("the picture is too large");
+  }
   for (int y = 0; y < picture.height(); ++y) {
     for (int x = 0; x < picture.width(); ++x) {
       const auto pixel = static_cast<uint32_t>(gdImageGetTrueColorPixel(image.get(), x, y));
       picture.pixels().Set(x, y, pixel & 0xFFFFFF);
       const uint32_t transparency = ((pixel >> 24) * 255 + kGdTransparent / 2) / kGdTransparent;
-      if (transparency != 0 && picture.MakeMask()) {
+      if (transparency != 0 && picture.MakeMask(host)) {
         picture.mask()->pixels().Set(x, y, transparency * 0x010101);
       }
     }
   }
-  return "";
 }
 
 }  // namespace host

@@ -5,7 +5,11 @@
 #include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
+#include <stdexcept>
 #include <vector>
+
+#include "host/core/text.h"
 
 namespace host {
 namespace {
@@ -22,7 +26,7 @@ constexpr int64_t kLargestLetters = 2000;  // pixels
 
 Image ToGd(const Picture& picture) {
   Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
-  if (!image) return nullptr;
+  if (!image) throw std::bad_alloc();
   std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
   std::vector<uint32_t> transparency(colors.size());
   for (int y = 0; y < picture.height(); ++y) {
@@ -35,9 +39,11 @@ Image ToGd(const Picture& picture) {
   return image;
 }
 
-// The mask is made if it is wanted. False when there is no memory.
-bool FromGd(const gdImage& image, bool with_mask, Picture& picture) {
-  if (!picture.Create(image.sx, image.sy) || (with_mask && !picture.MakeMask())) return false;
+// The mask is made if it is wanted.
+void FromGd(Host& host, const gdImage& image, bool with_mask, Picture& picture) {
+  if (!picture.Create(host.options(), image.sx, image.sy) || (with_mask && !picture.MakeMask(host))) {
+    throw std::bad_alloc();
+  }
   std::vector<uint32_t> colors(static_cast<size_t>(image.sx));
   std::vector<uint32_t> mask(colors.size());
   for (int y = 0; y < image.sy; ++y) {
@@ -49,28 +55,29 @@ bool FromGd(const gdImage& image, bool with_mask, Picture& picture) {
     picture.pixels().Write(0, y, colors);
     if (with_mask) picture.mask()->pixels().Write(0, y, mask);
   }
-  return true;
 }
 
 }  // namespace
 
-Ref<Picture> Scaled(const Picture& picture, int64_t width, int64_t height) {
-  constexpr int64_t kLongestSide = 32767;
-  if (width < 1 || width > kLongestSide || height < 1 || height > kLongestSide) return {};
+Ref<Picture> Scaled(Host& host, const Picture& picture, int64_t width, int64_t height) {
+  Ref<Picture> scaled = NewPicture(host, width, height);
+  if (!scaled) throw std::runtime_error(Text("A picture of ", width, " by ", height, " pixels can't be made."));
   const Image from = ToGd(picture);
-  const Image to(gdImageCreateTrueColor(static_cast<int>(width), static_cast<int>(height)));
-  if (!from || !to) return {};
+  const Image to(gdImageCreateTrueColor(scaled->width(), scaled->height()));
+  if (!to) throw std::bad_alloc();
   gdImageAlphaBlending(to.get(), 0);
   gdImageCopyResampled(to.get(), from.get(), 0, 0, 0, 0, to->sx, to->sy, from->sx, from->sy);
-  Ref<Picture> scaled = NewPicture(width, height);
-  return scaled && FromGd(*to, static_cast<bool>(picture.mask()), *scaled) ? scaled : Ref<Picture>();
+  FromGd(host, *to, static_cast<bool>(picture.mask()), *scaled);
+  return scaled;
 }
 
-Ref<Picture> Difference(const Picture& first, const Picture& second) {
+Ref<Picture> Difference(Host& host, const Picture& first, const Picture& second) {
   constexpr uint32_t kRed = 0xFF0000;
-  if (first.width() != second.width() || first.height() != second.height()) return {};
-  Ref<Picture> difference = NewPicture(first.width(), first.height());
-  if (!difference) return difference;
+  if (first.width() != second.width() || first.height() != second.height()) {
+    throw std::runtime_error("Pictures of one size are needed.");
+  }
+  Ref<Picture> difference = NewPicture(host, first.width(), first.height());
+  if (!difference) throw std::bad_alloc();
   std::array<std::vector<uint32_t>, 2> colors;
   std::array<std::vector<uint32_t>, 2> transparency;
   std::vector<uint32_t> marks(static_cast<size_t>(first.width()));
@@ -92,35 +99,32 @@ Ref<Picture> Difference(const Picture& first, const Picture& second) {
   return difference;
 }
 
-std::string DrawLetters(Picture& picture, const std::string& text, const std::string& font, int64_t size,
-                        uint32_t rgb) {
-  gdFTUseFontConfig(font.find('/') == std::string::npos ? 1 : 0);
-  std::string pattern = font;
-  std::string letters = text;
+void DrawLetters(Host& host, Picture& picture, Lettering lettering) {
+  gdFTUseFontConfig(lettering.font.find('/') == std::string::npos ? 1 : 0);
   gdFTStringExtra extra = {};
   extra.flags = gdFTEX_RESOLUTION;
   extra.hdpi = extra.vdpi = 72;  // a point is a pixel
-  const auto points = static_cast<double>(std::clamp<int64_t>(size, 1, kLargestLetters));
+  const auto points = static_cast<double>(std::clamp<int64_t>(lettering.size, 1, kLargestLetters));
   std::array<int, 8> corners{};  // from the lower left one on, x and y
-  const auto write = [&](gdImagePtr image, int x, int y) -> std::string {
-    const char* problem =
-        gdImageStringFTEx(image, corners.data(), kWhite, pattern.data(), points, 0, x, y, letters.data(), &extra);
-    return problem == nullptr ? "" : font + ": " + problem;
+  const auto write = [&](gdImagePtr image, int x, int y) {
+    const char* problem = gdImageStringFTEx(image, corners.data(), kWhite, lettering.font.data(), points, 0, x, y,
+                                            lettering.text.data(), &extra);
+    if (problem != nullptr) throw std::runtime_error(Text(lettering.font, ": ", problem));
   };
-  if (std::string problem = write(nullptr, 0, 0); !problem.empty()) return problem;
+  write(nullptr, 0, 0);
   const auto [left, right] = std::minmax({corners[0], corners[2], corners[4], corners[6]});
   const auto [top, bottom] = std::minmax({corners[1], corners[3], corners[5], corners[7]});
   const Image coverage(gdImageCreateTrueColor(right - left + 2, bottom - top + 2));
-  if (!coverage) return "not enough memory";
-  if (std::string problem = write(coverage.get(), 1 - left, 1 - top); !problem.empty()) return problem;
+  if (!coverage) throw std::bad_alloc();
+  write(coverage.get(), 1 - left, 1 - top);
   for (int y = 0; y < coverage->sy; ++y) {
     for (int x = 0; x < coverage->sx; ++x) {
       int& pixel = coverage->tpixels[y][x];
       const auto transparency = kGdTransparent - static_cast<uint32_t>(gdTrueColorGetGreen(pixel)) / 2;
-      pixel = static_cast<int>(rgb | transparency << 24);
+      pixel = static_cast<int>(lettering.rgb | transparency << 24);
     }
   }
-  return FromGd(*coverage, true, picture) ? "" : "not enough memory";
+  FromGd(host, *coverage, true, picture);
 }
 
 }  // namespace host

@@ -5,6 +5,7 @@
 #include <map>
 #include <new>
 
+#include "host/core/fault.h"
 #include "host/core/names.h"
 #include "host/core/text.h"
 

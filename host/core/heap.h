@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "host/core/fault.h"
+#include "host/core/activity.h"
 
 namespace host {
 

@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/core/fault.h"
+#include "host/core/activity.h"
 
 namespace host {
 

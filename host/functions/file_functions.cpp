@@ -5,10 +5,9 @@
 #include <system_error>
 
 #include "host/core/encoding.h"
+#include "host/functions/host_call.h"
+#include "host/functions/host_functions.h"
 #include "host/host/folder_item.h"
-#include "host/host/host_call.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
 
 namespace host {
 namespace {
@@ -39,7 +38,7 @@ bool Describe(const FolderItem& item, FSRef& reference, HFSUniStr255* name) {
 
 int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFSUniStr255* name) {
   HostCall call("REALFSRefFromFolderItem", item, reference, name);
-  const FolderItem* found = Find<FolderItem>(item);
+  const FolderItem* found = call.Find<FolderItem>(item);
   const bool described =
       !call.fails() && found != nullptr && reference != nullptr && Describe(*found, *reference, name);
   return call.Result<int8_t>(described);
@@ -49,7 +48,7 @@ int8_t REALFSRefFromFolderItem(REALfolderItemStruct* item, FSRef* reference, HFS
 
 std::span<const HostFunction> FileFunctions() {
   static const HostFunction functions[] = {
-      {"REALFSRefFromFolderItem", Proc(REALFSRefFromFolderItem)},
+      Offered<REALFSRefFromFolderItem>("REALFSRefFromFolderItem"),
   };
   return functions;
 }

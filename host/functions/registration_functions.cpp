@@ -2,15 +2,12 @@
 
 #include <vector>
 
-#include "host/host/host_call.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
+#include "host/core/fault.h"
+#include "host/functions/host_call.h"
+#include "host/functions/host_functions.h"
 
 namespace host {
 namespace {
-
-// Set on a module's methods that scripts call without the module's name.
-constexpr uint32_t kGlobalMethodFlag = 16;
 
 template <class Record, class Visit>
 void ForEach(Record* records, int64_t count, Visit visit) {
@@ -60,17 +57,17 @@ void KeepForGood(const void* record) {
 
 double REALGetRBVersion() {
   HostCall call("REALGetRBVersion");
-  return call.Result(*Host::Current().options().version);
+  return call.Result(*call.host().options().version);
 }
 
 void RegisterPluginVersion(int32_t version) {
   HostCall call("RegisterPluginVersion", version);
-  Host::Current().set_plugin_version(version);
+  call.host().set_plugin_version(version);
 }
 
 void PluginRegisterClass(REALclassDefinition* definition) {
   HostCall call("PluginRegisterClass", definition->name);
-  Host& host = Host::Current();
+  Host& host = call.host();
   if (host.FindClass(definition->name) != nullptr) Fault(Text("class ", definition->name, " exists already"));
   Class& registered = host.AddClass(definition->name, Instance::New);
   registered.definition = definition;
@@ -80,7 +77,7 @@ void PluginRegisterClass(REALclassDefinition* definition) {
 
 void PluginRegisterClassExtension(REALclassDefinition* definition) {
   HostCall call("PluginRegisterClassExtension", definition->name);
-  Class* extended = Host::Current().FindClass(definition->name);
+  Class* extended = call.host().FindClass(definition->name);
   if (extended == nullptr) Fault(Text("an unknown class, ", definition->name, ", is extended"));
   Understand([&] { AddDefinedMembers(*extended, *definition); });
 }
@@ -88,30 +85,30 @@ void PluginRegisterClassExtension(REALclassDefinition* definition) {
 void PluginRegisterModule(REALmoduleDefinition* definition) {
   HostCall call("PluginRegisterModule", definition->name);
   KeepForGood(definition);
-  Host& host = Host::Current();
+  Host& host = call.host();
   Module module{definition->name, definition->version, {}};
   ForEach(definition->methods, definition->method_count, [&](const REALmethodDefinition& record) {
     module.declarations.emplace_back(record.declaration);
-    if ((record.flags & kGlobalMethodFlag) != 0) Understand([&] { AddFreeMethod(host, record); });
+    if ((record.flags & kModuleMethod) != 0) Understand([&] { AddFreeMethod(host, record); });
   });
   host.modules().push_back(std::move(module));
 }
 
 void PluginRegisterMethod(REALmethodDefinition* definition) {
   HostCall call("PluginRegisterMethod", definition->declaration);
-  Understand([&] { AddFreeMethod(Host::Current(), *definition); });
+  Understand([&] { AddFreeMethod(call.host(), *definition); });
 }
 
 }  // namespace
 
 std::span<const HostFunction> RegistrationFunctions() {
   static const HostFunction functions[] = {
-      {"REALGetRBVersion", Proc(REALGetRBVersion)},
-      {"RegisterPluginVersion", Proc(RegisterPluginVersion)},
-      {"PluginRegisterClass", Proc(PluginRegisterClass)},
-      {"PluginRegisterClassExtension", Proc(PluginRegisterClassExtension)},
-      {"PluginRegisterModule", Proc(PluginRegisterModule)},
-      {"PluginRegisterMethod", Proc(PluginRegisterMethod)},
+      Offered<REALGetRBVersion>("REALGetRBVersion"),
+      Offered<RegisterPluginVersion>("RegisterPluginVersion"),
+      Offered<PluginRegisterClass>("PluginRegisterClass"),
+      Offered<PluginRegisterClassExtension>("PluginRegisterClassExtension"),
+      Offered<PluginRegisterModule>("PluginRegisterModule"),
+      Offered<PluginRegisterMethod>("PluginRegisterMethod"),
   };
   return functions;
 }

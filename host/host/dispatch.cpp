@@ -6,8 +6,6 @@
 #include "host/core/fault.h"
 #include "host/core/text.h"
 #include "host/core/trace.h"
-#include "host/host/exception.h"
-#include "host/host/string.h"
 
 namespace host {
 namespace {
@@ -71,7 +69,7 @@ Value Invoke(Host& host, const std::string& label, const CallForm& form, REALpro
   }
   if (const Ref<Object> raised = host.TakePending()) {
     result = Value();  // a result beside an exception is given up
-    ThrowRaised(*raised);
+    dynamic_cast<const Exception&>(*raised).Throw();
   }
   return result;
 }
@@ -188,6 +186,33 @@ void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& grou
   std::vector<Type> types = ArgumentTypes(method);
   types.push_back(type);
   Invoke(host, method.set_label, *method.set_form, method.setter, types, arguments, {});
+}
+
+Ref<Object> NewObject(Host& host, std::string_view class_name, std::vector<Value> arguments) {
+  const Class& wanted = host.RequireClass(class_name);
+  if (wanted.maker == nullptr) throw UsageError(Text(wanted.name, " can't be made by scripts"));
+  Ref<Object> made = wanted.maker(host.heap(), wanted);
+  const MemberGroup* constructor = wanted.Find("Constructor");
+  if (constructor != nullptr && !arguments.empty()) {
+    CallMethod(host, made, *constructor, std::move(arguments));
+  } else if (!arguments.empty()) {
+    throw UsageError(Text(wanted.name, " takes no arguments"));
+  }
+  return made;
+}
+
+Value CallMember(Host& host, const Ref<Object>& object, std::string_view method, std::vector<Value> arguments) {
+  const MemberGroup& group = RequireMember(object->object_class(), method);
+  if (group.overloads.empty()) {
+    throw UsageError(Text(group.property->get_label, " is a property: it is not called"));
+  }
+  return CallMethod(host, object, group, std::move(arguments));
+}
+
+Value CallGlobal(Host& host, std::string_view method, std::vector<Value> arguments) {
+  const MemberGroup* group = host.globals().Find(method);
+  if (group == nullptr) throw UsageError(Text("there is no global method ", method));
+  return CallMethod(host, {}, *group, std::move(arguments));
 }
 
 const MemberGroup& RequireMember(const Class& object_class, std::string_view name) {

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstdint>
-#include <string_view>
 
 #include "host/host/object.h"
 #include "host/host/string.h"
@@ -14,11 +13,11 @@ class Exception : public Object {
   static constexpr const char* kKind = "exception";
   using Object::Object;
 
+  // Throws RaisedException with what this holds.
+  [[noreturn]] void Throw() const;
+
   Ref<String> message;  // null: empty
   int64_t number = 0;
 };
-
-// Throws RaisedException with what the exception object holds.
-[[noreturn]] void ThrowRaised(const Object& exception);
 
 }  // namespace host

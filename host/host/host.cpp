@@ -5,13 +5,9 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "host/core/encoding.h"
 #include "host/core/text.h"
 #include "host/core/trace.h"
-#include "host/host/dispatch.h"
-#include "host/host/exception.h"
-#include "host/host/native.h"
-#include "host/host/resolver.h"
-#include "host/host/string.h"
 
 namespace host {
 namespace {
@@ -37,17 +33,9 @@ void CheckGroup(const Host& host, const MemberGroup& group) {
 
 }  // namespace
 
-Host::Host(HostOptions options) : options_(std::move(options)) {
+Host::Host(HostOptions options, FunctionFinder find_function)
+    : options_(std::move(options)), find_function_(find_function) {
   if (current_host != nullptr) throw std::logic_error("there is a host already");
-  AddExceptionClasses(*this);
-  AddMemoryBlockClass(*this);
-  AddFolderItemClass(*this);
-  AddPictureClasses(*this);
-  AddOutputFileClass(*this);
-  AddCanvasClass(*this);
-  AddColorTableClass(*this);
-  AddApplicationClasses(*this);
-  AddGlobalMethods(*this);
   for (const char* counting :
        {"REALLockObject", "REALUnlockObject", "REALLockString", "REALUnlockString", "unlockPictureDescription"}) {
     if (IsWithheld(counting)) heap_.KeepEverything();
@@ -89,7 +77,7 @@ void Host::CheckWithheld() const {
       return known.second->members.Find(name) != nullptr;
     });
     if (is_member || globals_.Find(name) != nullptr || classes_.contains(name) ||
-        FindHostFunction(name.c_str()) != nullptr) {
+        find_function_(name.c_str()) != nullptr) {
       continue;
     }
     throw std::invalid_argument(Text("there is no host function, class or method \"", name, "\" to be without"));
@@ -103,52 +91,6 @@ void Host::CheckTypes() const {
   for (const auto& [name, group] : globals_.all()) CheckGroup(*this, group);
 }
 
-Ref<Object> Host::New(std::string_view class_name, std::vector<Value> arguments) {
-  const Class& wanted = RequireClass(class_name);
-  if (wanted.maker == nullptr) throw UsageError(Text(wanted.name, " can't be made by scripts"));
-  Ref<Object> made = wanted.maker(heap_, wanted);
-  const MemberGroup* constructor = wanted.Find("Constructor");
-  if (constructor != nullptr && !arguments.empty()) {
-    CallMethod(*this, made, *constructor, std::move(arguments));
-  } else if (!arguments.empty()) {
-    throw UsageError(Text(wanted.name, " takes no arguments"));
-  }
-  return made;
-}
-
-Value Host::Get(const Ref<Object>& object, std::string_view property) {
-  const MemberGroup& group = RequireMember(object->object_class(), property);
-  return group.property ? GetProperty(*this, object, *group.property) : CallMethod(*this, object, group, {});
-}
-
-void Host::Set(const Ref<Object>& object, std::string_view property, const Value& value) {
-  const MemberGroup& group = RequireMember(object->object_class(), property);
-  if (group.property) {
-    SetProperty(*this, object, *group.property, value);
-  } else {
-    AssignMethod(*this, object, group, {}, value);
-  }
-}
-
-Value Host::Call(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments) {
-  const MemberGroup& group = RequireMember(object->object_class(), method);
-  if (group.overloads.empty()) {
-    throw UsageError(Text(group.property->get_label, " is a property: it is not called"));
-  }
-  return CallMethod(*this, object, group, std::move(arguments));
-}
-
-void Host::Assign(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments,
-                  const Value& value) {
-  AssignMethod(*this, object, RequireMember(object->object_class(), method), std::move(arguments), value);
-}
-
-Value Host::CallGlobal(std::string_view method, std::vector<Value> arguments) {
-  const MemberGroup* group = globals_.Find(method);
-  if (group == nullptr) throw UsageError(Text("there is no global method ", method));
-  return CallMethod(*this, {}, *group, std::move(arguments));
-}
-
 Ref<String> Host::NewString(std::string_view bytes) {
   return heap_.Make<String>(std::string(bytes), IsUtf8(bytes) ? kEncodingUtf8 : kEncodingUnknown);
 }
@@ -157,7 +99,7 @@ void* Host::Resolve(const char* name) {
   if (name == nullptr) return nullptr;
   ++call_count(name).resolved;
   const bool hides_version = SameName(name, "REALGetRBVersion") && !options_.version;
-  const REALproc function = hides_version || IsWithheld(name) ? nullptr : FindHostFunction(name);
+  const REALproc function = hides_version || IsWithheld(name) ? nullptr : find_function_(name);
   if (IsTracing()) {
     TraceEnter(Text("resolve ", name));
     TraceLeave(function == nullptr ? "nil" : "");
@@ -175,10 +117,12 @@ bool Host::IsWithheld(std::string_view name) const {
                      [&](const std::string& withheld) { return SameName(withheld, name); });
 }
 
-void Host::Raise(std::string_view class_name, std::string_view message) {
-  const Class& raised_class = RequireClass(class_name);
+void Host::Raise(const RaisedException& exception) {
+  const Class& raised_class = RequireClass(exception.class_name);
   Ref<Object> made = raised_class.maker(heap_, raised_class);
-  dynamic_cast<Exception&>(*made).message = NewString(message);
+  auto& raised = dynamic_cast<Exception&>(*made);
+  raised.message = NewString(exception.message);
+  raised.number = exception.number;
   Raise(std::move(made));
 }
 

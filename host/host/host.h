@@ -5,40 +5,20 @@
 
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "host/core/heap.h"
 #include "host/host/class.h"
+#include "host/host/errors.h"
+#include "host/host/exception.h"
 #include "host/host/object.h"
 #include "host/host/options.h"
 #include "host/host/string.h"
 #include "host/host/value.h"
 
 namespace host {
-
-// A use of a class or a member that its declaration does not allow; the text is meant for the script's
-// author.
-class UsageError : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// A host exception that a handler raised, on its way to the script.
-class RaisedException : public std::runtime_error {
- public:
-  RaisedException(std::string raised_class, std::string raised_message, int64_t raised_number)
-      : std::runtime_error(raised_class + ": " + raised_message),
-        class_name(std::move(raised_class)),
-        message(std::move(raised_message)),
-        number(raised_number) {}
-
-  std::string class_name;
-  std::string message;
-  int64_t number;
-};
 
 struct Module {
   std::string name;
@@ -48,10 +28,15 @@ struct Module {
 
 class Host {
  public:
-  explicit Host(HostOptions options = {});
+  // The function of exactly that name, or null when there is none.
+  using FunctionFinder = REALproc (*)(const char* name);
+
+  // It has no classes yet.
+  Host(HostOptions options, FunctionFinder find_function);
   ~Host();
   Host(const Host&) = delete;
   Host& operator=(const Host&) = delete;
+  // For C functions that are told nothing else; everything else is handed its host.
   static Host& Current();
 
   // Loads the shared library and lets it register. Throws std::runtime_error when that is not possible or
@@ -61,14 +46,6 @@ class Host {
   // The same for a plugin that is linked in.
   void StartPlugin(void (*plugin_main)(REALresolver));
 
-  // What scripts do. Names in any letter case. Each throws UsageError and RaisedException.
-  Ref<Object> New(std::string_view class_name, std::vector<Value> arguments = {});
-  Value Get(const Ref<Object>& object, std::string_view property);
-  void Set(const Ref<Object>& object, std::string_view property, const Value& value);
-  Value Call(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments = {});
-  // `object.method(arguments) = value`
-  void Assign(const Ref<Object>& object, std::string_view method, std::vector<Value> arguments, const Value& value);
-  Value CallGlobal(std::string_view method, std::vector<Value> arguments = {});
   Ref<String> NewString(std::string_view bytes);  // UTF-8 where the bytes are that, else of unknown encoding
 
   // The function of that name for the plugin, or null.
@@ -77,12 +54,16 @@ class Host {
 
   // Exceptions. A raised one stays pending until the handler that runs has returned.
   void Raise(Ref<Object> exception) { pending_ = std::move(exception); }
-  void Raise(std::string_view class_name, std::string_view message);
+  void Raise(const RaisedException& exception);
   Ref<Object> TakePending() { return std::move(pending_); }
 
   Class& AddClass(std::string_view name, Class::Maker maker);
   Class* FindClass(std::string_view name);
   const Class& RequireClass(std::string_view name);  // throws UsageError
+  template <class T>
+  Ref<T> Make(std::string_view class_name) {
+    return heap_.Make<T>(RequireClass(class_name));
+  }
   const NameMap<std::unique_ptr<Class>>& classes() const { return classes_; }
   MemberTable& globals() { return globals_; }
   const MemberTable& globals() const { return globals_; }
@@ -109,6 +90,7 @@ class Host {
   void CheckTypes() const;
 
   HostOptions options_;
+  FunctionFinder find_function_;
   NameMap<std::unique_ptr<Class>> classes_;
   MemberTable globals_;
   std::vector<Module> modules_;

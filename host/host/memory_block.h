@@ -16,8 +16,8 @@ class MemoryBlock : public Object {
   const char* kind() const override { return kKind; }
   void BeforeDeath() override;
 
-  // False, with nothing changed, when the memory cannot be had. New bytes are zero.
-  bool Resize(int64_t size);
+  // False, with nothing changed, when that is more than the largest or the memory cannot be had. New bytes are zero.
+  bool Resize(int64_t size, int64_t largest = INT64_MAX);
   int64_t size() const { return size_; }
   std::byte* bytes() const { return bytes_.get(); }  // null when empty from the start
 

@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
+#include "host/core/fault.h"
 #include "host/core/text.h"
-#include "host/host/host.h"
 
 namespace host {
 
-bool Picture::Create(int64_t width, int64_t height) {
+bool Picture::Create(const HostOptions& options, int64_t width, int64_t height) {
   constexpr int64_t kLongestSide = 32767;
   if (width < 1 || width > kLongestSide || height < 1 || height > kLongestSide || locks_ > 0) return false;
-  auto made = MakePixels(Host::Current().options(), static_cast<int>(width), static_cast<int>(height));
+  auto made = MakePixels(options, static_cast<int>(width), static_cast<int>(height));
   if (!made) return false;
   pixels_ = std::move(made);
   width_ = static_cast<int>(width);
@@ -18,8 +18,8 @@ bool Picture::Create(int64_t width, int64_t height) {
   return true;
 }
 
-const Ref<Picture>& Picture::MakeMask() {
-  if (!mask_) mask_ = NewPicture(width_, height_);
+const Ref<Picture>& Picture::MakeMask(Host& host) {
+  if (!mask_) mask_ = NewPicture(host, width_, height_);
   return mask_;
 }
 
@@ -54,15 +54,13 @@ void Picture::BeforeDeath() {
   if (locks_ > 0) Fault(Text(Describe(), " dies while its description is locked (", locks_, " times)"));
 }
 
-Ref<Picture> NewPicture(int64_t width, int64_t height) {
-  Host& host = Host::Current();
-  Ref<Picture> made = host.heap().Make<Picture>(host.RequireClass("Picture"));
-  return made->Create(width, height) ? made : Ref<Picture>();
+Ref<Picture> NewPicture(Host& host, int64_t width, int64_t height) {
+  Ref<Picture> made = host.Make<Picture>("Picture");
+  return made->Create(host.options(), width, height) ? made : Ref<Picture>();
 }
 
-Ref<Graphics> NewGraphics(Ref<Picture> picture) {
-  Host& host = Host::Current();
-  Ref<Graphics> made = host.heap().Make<Graphics>(host.RequireClass("Graphics"));
+Ref<Graphics> NewGraphics(Host& host, Ref<Picture> picture) {
+  Ref<Graphics> made = host.Make<Graphics>("Graphics");
   made->picture = std::move(picture);
   return made;
 }

@@ -5,7 +5,7 @@
 #include <span>
 
 #include "bridge/gif_plugin_host.h"
-#include "host/host/object.h"
+#include "host/host/host.h"
 #include "host/host/pixels.h"
 
 namespace host {
@@ -20,7 +20,7 @@ class Picture : public Object {
   void BeforeDeath() override;
 
   // Gives it new black pixels. False, with nothing changed, when there can be none of that size.
-  bool Create(int64_t width, int64_t height);
+  bool Create(const HostOptions& options, int64_t width, int64_t height);
   int width() const { return width_; }  // 0 when it has no pixels yet
   int height() const { return height_; }
   bool Contains(int64_t x, int64_t y) const { return x >= 0 && x < width_ && y >= 0 && y < height_; }
@@ -28,7 +28,7 @@ class Picture : public Object {
   const Pixels& pixels() const { return *pixels_; }
 
   const Ref<Picture>& mask() const { return mask_; }
-  const Ref<Picture>& MakeMask();  // the mask, made black when there is none; null when that fails
+  const Ref<Picture>& MakeMask(Host& host);  // the mask, made black when there is none; null when that fails
   // False, with nothing changed, for a mask that has a mask itself.
   bool SetMask(Ref<Picture> mask);
   // Of pixels side by side, from (x, y) on: 0 opaque to 255 transparent, by the mask.
@@ -57,7 +57,7 @@ class Graphics : public Object {
   Ref<Picture> picture;  // null for one that a script made: drawing on it does nothing
 };
 
-Ref<Picture> NewPicture(int64_t width, int64_t height);  // null when it can't be made
-Ref<Graphics> NewGraphics(Ref<Picture> picture);
+Ref<Picture> NewPicture(Host& host, int64_t width, int64_t height);  // null when it can't be made
+Ref<Graphics> NewGraphics(Host& host, Ref<Picture> picture);
 
 }  // namespace host

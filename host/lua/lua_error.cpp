@@ -1,6 +1,9 @@
 #include "host/lua/lua_error.h"
 
-#include "host/lua/lua_value.h"
+#include <string>
+
+#include "host/host/errors.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {
@@ -17,6 +20,7 @@ std::string Field(lua_State* lua, const char* name) {
 }
 
 int ToText(lua_State* lua) {
+  luaL_checktype(lua, 1, LUA_TTABLE);
   PushString(lua, Field(lua, "where") + Field(lua, "class") + ": " + Field(lua, "message"));
   return 1;
 }
@@ -26,7 +30,17 @@ void SetField(lua_State* lua, const char* name, std::string_view text) {
   lua_setfield(lua, -2, name);
 }
 
-}  // namespace
+// Pushes "script:12: " for the innermost function that has lines; C functions such as pcall may stand in between.
+void PushWhere(lua_State* lua) {
+  lua_Debug at = {};
+  for (int level = 1; lua_getstack(lua, level, &at) != 0; ++level) {
+    lua_getinfo(lua, "Sl", &at);
+    if (at.currentline <= 0) continue;
+    lua_pushfstring(lua, "%s:%d: ", at.short_src, at.currentline);
+    return;
+  }
+  lua_pushliteral(lua, "");
+}
 
 void PushException(lua_State* lua, const RaisedException& raised) {
   lua_createtable(lua, 0, 4);
@@ -34,18 +48,31 @@ void PushException(lua_State* lua, const RaisedException& raised) {
   SetField(lua, "message", raised.message);
   lua_pushinteger(lua, raised.number);
   lua_setfield(lua, -2, "number");
-  luaL_where(lua, 1);
+  PushWhere(lua);
   lua_setfield(lua, -2, "where");
-  if (luaL_newmetatable(lua, kMetatable) != 0) {
-    lua_pushcfunction(lua, Guarded<ToText>);
-    lua_setfield(lua, -2, "__tostring");
-    lua_pushstring(lua, "exception");
-    lua_setfield(lua, -2, "__name");
-  }
-  lua_setmetatable(lua, -2);
+  luaL_setmetatable(lua, kMetatable);
+}
+
+}  // namespace
+
+void OpenErrors(lua_State* lua) {
+  luaL_newmetatable(lua, kMetatable);
+  lua_pushcfunction(lua, Guarded<ToText>);
+  lua_setfield(lua, -2, "__tostring");
+  lua_pushstring(lua, "exception");
+  lua_setfield(lua, -2, "__name");
+  lua_pop(lua, 1);
+}
+
+void PushError(lua_State* lua, const std::exception& error) {
+  if (const auto* raised = dynamic_cast<const RaisedException*>(&error)) return PushException(lua, *raised);
+  PushWhere(lua);
+  lua_pushstring(lua, error.what());
+  lua_concat(lua, 2);
 }
 
 int AddTraceback(lua_State* lua) {
+  lua_settop(lua, 1);
   const char* message = luaL_tolstring(lua, 1, nullptr);
   luaL_traceback(lua, lua, message, 1);
   return 1;

@@ -1,3 +1,5 @@
+#include "host/lua/lua_files.h"
+
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -6,8 +8,8 @@
 #include <utility>
 
 #include "host/core/text.h"
-#include "host/lua/lua_globals.h"
-#include "host/lua/lua_value.h"
+#include "host/lua/lua_error.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {

@@ -1,9 +1,12 @@
 #include "host/lua/lua_globals.h"
 
 #include "host/core/text.h"
-#include "host/host/host.h"
+#include "host/host/dispatch.h"
+#include "host/lua/lua_error.h"
 #include "host/lua/lua_method.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_state.h"
+#include "host/lua/lua_text.h"
 #include "host/lua/lua_value.h"
 
 namespace host {
@@ -15,35 +18,35 @@ struct ClassValue {
   const Class* known;
 };
 
-const Class& CheckClass(lua_State* lua) {
-  return *static_cast<ClassValue*>(luaL_checkudata(lua, 1, kMetatable))->known;
+const Class& RequireClassValue(lua_State* lua) {
+  const auto* value = static_cast<ClassValue*>(luaL_testudata(lua, 1, kMetatable));
+  if (value == nullptr) throw UsageError(Text("a class is needed, not ", WithArticle(luaL_typename(lua, 1))));
+  return *value->known;
 }
 
 int New(lua_State* lua) {
-  const Class& wanted = CheckClass(lua);
-  PushObject(lua, Host::Current().New(wanted.name, ToValues(lua, 2, lua_gettop(lua))));
+  const Class& wanted = RequireClassValue(lua);
+  PushObject(lua, NewObject(HostOf(lua), wanted.name, ToValues(lua, 2, lua_gettop(lua))));
   return 1;
 }
 
 int ClassToText(lua_State* lua) {
-  PushString(lua, Text("class ", CheckClass(lua).name));
+  PushString(lua, Text("class ", RequireClassValue(lua).name));
   return 1;
 }
 
 void PushClass(lua_State* lua, const Class& wanted) {
   static_cast<ClassValue*>(lua_newuserdatauv(lua, sizeof(ClassValue), 0))->known = &wanted;
-  if (luaL_newmetatable(lua, kMetatable) != 0) {
-    const luaL_Reg functions[] = {{"__call", Guarded<New>}, {"__tostring", Guarded<ClassToText>}, {nullptr, nullptr}};
-    luaL_setfuncs(lua, functions, 0);
-  }
-  lua_setmetatable(lua, -2);
+  luaL_setmetatable(lua, kMetatable);
 }
 
 // Asked for a global that no script has set.
 int FindGlobal(lua_State* lua) {
-  if (lua_type(lua, 2) != LUA_TSTRING) return 0;
-  const char* name = lua_tostring(lua, 2);
-  Host& host = Host::Current();
+  if (lua_type(lua, 1) != LUA_TTABLE || lua_type(lua, 2) != LUA_TSTRING) return 0;
+  size_t length = 0;
+  const char* text = lua_tolstring(lua, 2, &length);
+  const std::string_view name(text, length);
+  Host& host = HostOf(lua);
   if (const Class* found = host.FindClass(name)) {
     PushClass(lua, *found);
   } else if (const MemberGroup* group = host.globals().Find(name)) {
@@ -60,6 +63,13 @@ int FindGlobal(lua_State* lua) {
 }  // namespace
 
 void OpenHostGlobals(lua_State* lua) {
+  luaL_newmetatable(lua, kMetatable);
+  const luaL_Reg functions[] = {{"__call", Guarded<New>}, {"__tostring", Guarded<ClassToText>}, {nullptr, nullptr}};
+  luaL_setfuncs(lua, functions, 0);
+  lua_pushboolean(lua, 0);
+  lua_setfield(lua, -2, "__metatable");
+  lua_pop(lua, 1);
+
   lua_pushglobaltable(lua);
   lua_createtable(lua, 0, 1);
   lua_pushcfunction(lua, Guarded<FindGlobal>);

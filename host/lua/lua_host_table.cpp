@@ -1,10 +1,15 @@
+#include "host/lua/lua_host_table.h"
+
+#include <algorithm>
 #include <filesystem>
 #include <string>
 
-#include "host/host/host.h"
-#include "host/lua/lua_globals.h"
+#include "host/lua/lua_error.h"
+#include "host/lua/lua_files.h"
+#include "host/lua/lua_pixels.h"
 #include "host/lua/lua_object.h"
-#include "host/lua/lua_value.h"
+#include "host/lua/lua_state.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {
@@ -28,7 +33,7 @@ void Append(lua_State* lua) { lua_rawseti(lua, -2, static_cast<lua_Integer>(lua_
 
 int Classes(lua_State* lua) {
   lua_newtable(lua);
-  for (const auto& [name, known] : Host::Current().classes()) {
+  for (const auto& [name, known] : HostOf(lua).classes()) {
     PushString(lua, known->name);
     Append(lua);
   }
@@ -73,7 +78,7 @@ void SetMembers(lua_State* lua, const MemberTable& members) {
 
 // host.describe(class name) or host.describe() for the global methods.
 int Describe(lua_State* lua) {
-  Host& host = Host::Current();
+  Host& host = HostOf(lua);
   if (lua_isnoneornil(lua, 1)) {
     lua_newtable(lua);
     SetMembers(lua, host.globals());
@@ -95,7 +100,7 @@ int Describe(lua_State* lua) {
 
 int Modules(lua_State* lua) {
   lua_newtable(lua);
-  for (const Module& module : Host::Current().modules()) {
+  for (const Module& module : HostOf(lua).modules()) {
     lua_newtable(lua);
     SetText(lua, "name", module.name);
     SetInteger(lua, "version", module.version);
@@ -113,7 +118,7 @@ int Modules(lua_State* lua) {
 int Live(lua_State* lua) {
   lua_gc(lua, LUA_GCCOLLECT);
   lua_newtable(lua);
-  for (const Heap::LiveCount& count : Host::Current().heap().Live()) {
+  for (const Heap::LiveCount& count : HostOf(lua).heap().Live()) {
     SetInteger(lua, count.type_name.c_str(), count.count);
   }
   return 1;
@@ -121,7 +126,7 @@ int Live(lua_State* lua) {
 
 // host.calls(name): how often that host function was called, and how often it was asked for by name.
 int Calls(lua_State* lua) {
-  const Host::CallCount& count = Host::Current().call_count(luaL_checkstring(lua, 1));
+  const Host::CallCount& count = HostOf(lua).call_count(luaL_checkstring(lua, 1));
   lua_pushinteger(lua, count.called);
   lua_pushinteger(lua, count.resolved);
   return 2;
@@ -129,21 +134,24 @@ int Calls(lua_State* lua) {
 
 // host.fail(name [, n]): the n-th call of that host function from now on fails, once.
 int Fail(lua_State* lua) {
-  Host::CallCount& count = Host::Current().call_count(luaL_checkstring(lua, 1));
-  count.failing_call = count.called + luaL_optinteger(lua, 2, 1);
+  Host::CallCount& count = HostOf(lua).call_count(luaL_checkstring(lua, 1));
+  constexpr lua_Integer kMost = 1'000'000'000'000;
+  count.failing_call = count.called + std::clamp<lua_Integer>(luaL_optinteger(lua, 2, 1), 0, kMost);
   return 0;
 }
 
 int Exists(lua_State* lua) {
+  size_t length = 0;
+  const char* path = luaL_checklstring(lua, 1, &length);
   std::error_code error;
-  lua_pushboolean(lua, std::filesystem::exists(luaL_checkstring(lua, 1), error) ? 1 : 0);
+  lua_pushboolean(lua, std::filesystem::exists(std::string_view(path, length), error) ? 1 : 0);
   return 1;
 }
 
 int ClassName(lua_State* lua) {
-  const Ref<Object>* object = TestObject(lua, 1);
-  if (object == nullptr) return 0;
-  PushString(lua, (*object)->type_name());
+  const Ref<Object> object = ToObject(lua, 1);
+  if (!object) return 0;
+  PushString(lua, object->type_name());
   return 1;
 }
 
@@ -158,7 +166,7 @@ void OpenHostTable(lua_State* lua) {
   luaL_newlib(lua, functions);
   AddFileFunctions(lua);
   AddPixelFunctions(lua);
-  const Host& host = Host::Current();
+  const Host& host = HostOf(lua);
   if (host.options().version) {
     lua_pushnumber(lua, *host.options().version);
     lua_setfield(lua, -2, "version");

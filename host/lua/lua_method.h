@@ -2,9 +2,12 @@
 
 #include <lua.hpp>
 
-#include "host/host/host.h"
+#include "host/host/class.h"
 
 namespace host {
+
+// Makes the methods' metatable.
+void OpenMethods(lua_State* lua);
 
 // Pushes a method of the object at `object_index` as a value of its own: `m(...)`, `m[i]` and `m[i] = v` call
 // it. Both `object:Method(...)` and `object.Method(...)` work.

@@ -1,13 +1,11 @@
 #include "host/lua/lua_object.h"
 
 #include <new>
-#include <string>
 
 #include "host/core/text.h"
-#include "host/host/dispatch.h"
-#include "host/host/memory_block.h"
-#include "host/lua/lua_method.h"
-#include "host/lua/lua_value.h"
+#include "host/host/errors.h"
+#include "host/host/value.h"
+#include "host/lua/lua_error.h"
 
 namespace host {
 namespace {
@@ -15,152 +13,56 @@ namespace {
 constexpr const char* kMetatable = "host.object";
 constexpr const char* kCache = "host.objects";  // handle → userdata, weak
 
-const Ref<Object>& CheckObject(lua_State* lua, int index) {
-  return *static_cast<Ref<Object>*>(luaL_checkudata(lua, index, kMetatable));
+// The reference inside an object's userdata; null when the value is none. Owned by Lua, and null itself after
+// Collect.
+Ref<Object>* Inside(lua_State* lua, int index) {
+  return static_cast<Ref<Object>*>(luaL_testudata(lua, index, kMetatable));
 }
 
-std::string KeyText(lua_State* lua, int index) {
-  const char* text = luaL_tolstring(lua, index, nullptr);
-  std::string key(text);
-  lua_pop(lua, 1);
-  return key;
-}
-
-// The group for `object[key]`: bytes of a MemoryBlock by number, everything else by name.
-const MemberGroup& RequireKey(lua_State* lua, const Ref<Object>& object) {
-  if (lua_type(lua, 2) == LUA_TSTRING) return RequireMember(object->object_class(), lua_tostring(lua, 2));
-  if (lua_isinteger(lua, 2) != 0 && dynamic_cast<MemoryBlock*>(object.get()) != nullptr) {
-    return RequireMember(object->object_class(), "Byte");
-  }
-  throw UsageError(Text(object->type_name(), " can't be indexed with ", KeyText(lua, 2)));
-}
-
-int Index(lua_State* lua) {
-  const Ref<Object>& object = CheckObject(lua, 1);
-  const MemberGroup& group = RequireKey(lua, object);
-  Host& host = Host::Current();
-  if (group.property) {
-    PushResult(lua, group.property->type, GetProperty(host, object, *group.property));
-  } else if (lua_isinteger(lua, 2) != 0) {
-    PushValue(lua, CallMethod(host, object, group, {ToValue(lua, 2)}));
-  } else {
-    PushBoundMethod(lua, group, 1);
-  }
-  return 1;
-}
-
-int NewIndex(lua_State* lua) {
-  const Ref<Object>& object = CheckObject(lua, 1);
-  const MemberGroup& group = RequireKey(lua, object);
-  Host& host = Host::Current();
-  if (group.property) {
-    SetProperty(host, object, *group.property, ToValue(lua, 3));
-  } else {
-    std::vector<Value> arguments;
-    if (lua_isinteger(lua, 2) != 0) arguments.push_back(ToValue(lua, 2));
-    AssignMethod(host, object, group, std::move(arguments), ToValue(lua, 3));
-  }
-  return 0;
-}
-
-int64_t CountOf(const Ref<Object>& object) {
-  if (const auto* block = dynamic_cast<MemoryBlock*>(object.get())) return block->size();
-  const MemberGroup* count = object->object_class().Find("Count");
-  if (count == nullptr || !count->property || count->property->type.kind != Type::Kind::kInteger) {
-    throw UsageError(object->type_name() + " has no Count");
-  }
-  return std::get<int64_t>(GetProperty(Host::Current(), object, *count->property));
-}
-
-int Length(lua_State* lua) {
-  lua_pushinteger(lua, CountOf(CheckObject(lua, 1)));
-  return 1;
-}
-
-bool GivesElement(const Method& method) {
-  const auto& parameters = method.declaration.parameters;
-  return method.handler != nullptr && parameters.size() == 1 &&
-         parameters.front().type.kind == Type::Kind::kInteger &&
-         method.declaration.result.kind == Type::Kind::kObject;
-}
-
-// The one method of a class that takes an index and gives an object.
-const MemberGroup& RequireElements(const Class& object_class) {
-  const MemberGroup* elements = nullptr;
-  int found = 0;
-  for (const auto& [name, group] : object_class.members.all()) {
-    for (const auto& method : group.overloads) {
-      if (!GivesElement(*method)) continue;
-      elements = &group;
-      ++found;
-    }
-  }
-  if (found != 1) throw UsageError(object_class.name + " has no elements to go through");
-  return *elements;
-}
-
-// Upvalues: the object, the number of elements when the loop began. Arguments: state, last index.
-int NextElement(lua_State* lua) {
-  const Ref<Object>& object = CheckObject(lua, lua_upvalueindex(1));
-  const lua_Integer next = lua_isnil(lua, 2) ? 0 : lua_tointeger(lua, 2) + 1;
-  if (next >= lua_tointeger(lua, lua_upvalueindex(2))) return 0;
-  lua_pushinteger(lua, next);
-  PushValue(lua,
-            CallMethod(Host::Current(), object, RequireElements(object->object_class()), {Value(int64_t{next})}));
-  return 2;
-}
-
-int Pairs(lua_State* lua) {
-  const Ref<Object>& object = CheckObject(lua, 1);
-  RequireElements(object->object_class());
-  lua_pushvalue(lua, 1);
-  lua_pushinteger(lua, CountOf(object));
-  lua_pushcclosure(lua, Guarded<NextElement>, 2);
-  return 1;
-}
-
-int ToText(lua_State* lua) {
-  const Ref<Object>& object = CheckObject(lua, 1);
-  const auto* block = dynamic_cast<MemoryBlock*>(object.get());
-  if (block == nullptr) {
-    PushString(lua, object->Describe());
-  } else {
-    PushString(lua, {reinterpret_cast<const char*>(block->bytes()), static_cast<size_t>(block->size())});
-  }
-  return 1;
-}
-
+// What is left is a null reference, which needs no destructor: scripts can meet the userdata again, or call this.
 int Collect(lua_State* lua) {
-  static_cast<Ref<Object>*>(lua_touserdata(lua, 1))->~Ref<Object>();
+  Ref<Object>* held = Inside(lua, 1);
+  if (held == nullptr)
+    throw UsageError(Text("only objects can be given up, not ", WithArticle(luaL_typename(lua, 1))));
+  *held = Ref<Object>();
   return 0;
 }
 
-void PushMetatable(lua_State* lua) {
-  if (luaL_newmetatable(lua, kMetatable) == 0) return;
-  const luaL_Reg functions[] = {
-      {"__index", Guarded<Index>}, {"__newindex", Guarded<NewIndex>}, {"__len", Guarded<Length>},
-      {"__pairs", Guarded<Pairs>}, {"__tostring", Guarded<ToText>},   {"__gc", Collect},
-      {nullptr, nullptr},
-  };
-  luaL_setfuncs(lua, functions, 0);
-}
-
-void PushCache(lua_State* lua) {
-  if (luaL_getsubtable(lua, LUA_REGISTRYINDEX, kCache) != 0) return;
-  lua_createtable(lua, 0, 1);
-  lua_pushstring(lua, "v");
-  lua_setfield(lua, -2, "__mode");
-  lua_setmetatable(lua, -2);
+// The userdata that Lua knows the object by already, if any.
+bool PushKnown(lua_State* lua, const Ref<Object>& object) {
+  lua_rawgetp(lua, -1, object->handle());
+  const Ref<Object>* known = Inside(lua, -1);
+  if (known != nullptr && *known == object) return true;
+  lua_pop(lua, 1);
+  return false;
 }
 
 }  // namespace
 
+void OpenObjects(lua_State* lua) {
+  luaL_newmetatable(lua, kMetatable);
+  lua_pushcfunction(lua, Guarded<Collect>);
+  lua_setfield(lua, -2, "__gc");
+  lua_pushboolean(lua, 0);
+  lua_setfield(lua, -2, "__metatable");
+  lua_pop(lua, 1);
+
+  lua_newtable(lua);
+  lua_createtable(lua, 0, 1);
+  lua_pushstring(lua, "v");
+  lua_setfield(lua, -2, "__mode");
+  lua_setmetatable(lua, -2);
+  lua_setfield(lua, LUA_REGISTRYINDEX, kCache);
+}
+
+void PushObjectMetatable(lua_State* lua) { luaL_getmetatable(lua, kMetatable); }
+
 void PushObject(lua_State* lua, const Ref<Object>& object) {
-  PushCache(lua);
-  if (lua_rawgetp(lua, -1, object->handle()) == LUA_TNIL) {
-    lua_pop(lua, 1);
+  lua_getfield(lua, LUA_REGISTRYINDEX, kCache);
+  if (!PushKnown(lua, object)) {
+    PushObjectMetatable(lua);
     new (lua_newuserdatauv(lua, sizeof(Ref<Object>), 0)) Ref<Object>(object);
-    PushMetatable(lua);
+    lua_insert(lua, -2);
     lua_setmetatable(lua, -2);
     lua_pushvalue(lua, -1);
     lua_rawsetp(lua, -3, object->handle());
@@ -168,8 +70,19 @@ void PushObject(lua_State* lua, const Ref<Object>& object) {
   lua_remove(lua, -2);
 }
 
-const Ref<Object>* TestObject(lua_State* lua, int index) {
-  return static_cast<Ref<Object>*>(luaL_testudata(lua, index, kMetatable));
+bool IsObject(lua_State* lua, int index) { return Inside(lua, index) != nullptr; }
+
+Ref<Object> ToObject(lua_State* lua, int index) {
+  const Ref<Object>* held = Inside(lua, index);
+  if (held == nullptr) return {};
+  if (!*held) throw UsageError("the object is dead: Lua has given it up already");
+  return *held;
+}
+
+Ref<Object> RequireObject(lua_State* lua, int index) {
+  Ref<Object> object = ToObject(lua, index);
+  if (!object) throw UsageError(Text("an object is needed, not ", WithArticle(luaL_typename(lua, index))));
+  return object;
 }
 
 }  // namespace host

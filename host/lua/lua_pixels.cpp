@@ -1,10 +1,12 @@
+#include "host/lua/lua_pixels.h"
+
 #include <array>
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-#include "host/lua/lua_globals.h"
-#include "host/lua/lua_value.h"
+#include "host/lua/lua_error.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {

@@ -1,8 +1,8 @@
 #include "host/lua/lua_value.h"
 
-#include "host/host/string.h"
-#include "host/lua/lua_error.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_state.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {
@@ -28,22 +28,21 @@ Value ToValue(lua_State* lua, int index) {
     case LUA_TSTRING: {
       size_t length = 0;
       const char* bytes = lua_tolstring(lua, index, &length);
-      return HandleValue(Host::Current().NewString({bytes, length}));
+      return HandleValue(HostOf(lua).NewString({bytes, length}));
     }
     default:
       break;
   }
-  if (const Ref<Object>* object = TestObject(lua, index)) return HandleValue(*object);
+  if (const Ref<Object> object = ToObject(lua, index)) return HandleValue(object);
   return Foreign{luaL_typename(lua, index)};
 }
 
 std::vector<Value> ToValues(lua_State* lua, int first, int last) {
   std::vector<Value> values;
+  if (last >= first) values.reserve(static_cast<size_t>(last - first) + 1);
   for (int i = first; i <= last; ++i) values.push_back(ToValue(lua, i));
   return values;
 }
-
-void PushString(lua_State* lua, std::string_view text) { lua_pushlstring(lua, text.data(), text.size()); }
 
 void PushValue(lua_State* lua, const Value& value) {
   if (const auto* boolean = std::get_if<bool>(&value)) {
@@ -65,17 +64,6 @@ void PushResult(lua_State* lua, const Type& type, const Value& value) {
   } else {
     PushValue(lua, value);
   }
-}
-
-int PushedError(lua_State* lua, const std::exception& error) {
-  if (const auto* raised = dynamic_cast<const RaisedException*>(&error)) {
-    PushException(lua, *raised);
-  } else {
-    luaL_where(lua, 1);
-    lua_pushstring(lua, error.what());
-    lua_concat(lua, 2);
-  }
-  return 1;
 }
 
 }  // namespace host

@@ -1,27 +1,36 @@
 #include "host/lua/script.h"
 
-#include <cstdio>
 #include <cstdlib>
 #include <new>
 
-#include "host/core/fault.h"
+#include "host/core/exit_status.h"
+#include "host/host/final_status.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_globals.h"
-#include "host/lua/lua_value.h"
+#include "host/lua/lua_host_table.h"
+#include "host/lua/lua_members.h"
+#include "host/lua/lua_method.h"
+#include "host/lua/lua_object.h"
+#include "host/lua/lua_text.h"
 
 namespace host {
 namespace {
 
 // os.exit([code]): ends the program only after everything that scripts hold is released and counted.
 int Exit(lua_State* lua) {
-  int status = EXIT_SUCCESS;
+  int status = kExitSuccess;
   if (lua_isboolean(lua, 1)) {
-    status = lua_toboolean(lua, 1) != 0 ? EXIT_SUCCESS : EXIT_FAILURE;
+    status = lua_toboolean(lua, 1) != 0 ? kExitSuccess : kExitFailed;
   } else {
-    status = static_cast<int>(luaL_optinteger(lua, 1, EXIT_SUCCESS));
+    status = static_cast<int>(luaL_optinteger(lua, 1, kExitSuccess));
   }
+  ScriptContext& context = ContextOf(lua);
+  if (context.ending) throw UsageError("the program is ending already");
+  context.ending = true;
   lua_close(lua);
-  std::exit(FinalStatus(Host::Current(), status));
+  // Called while a value is collected in the middle of something, what that holds is not given back.
+  const bool all_returned = context.running_calls == 1;
+  std::exit(all_returned ? FinalStatus(context.host, status) : OutputStatus(status));
 }
 
 void SetArguments(lua_State* lua, const std::string& name, const std::vector<std::string>& arguments) {
@@ -37,20 +46,28 @@ void SetArguments(lua_State* lua, const std::string& name, const std::vector<std
 
 }  // namespace
 
-Script::Script(Host& /*host*/, const std::string& name, std::vector<std::string> arguments)
-    : lua_(luaL_newstate()), arguments_(std::move(arguments)) {
+Script::Script(Host& host, const std::string& name, std::vector<std::string> arguments)
+    : context_{host}, lua_(luaL_newstate()), arguments_(std::move(arguments)) {
   if (lua_ == nullptr) throw std::bad_alloc();
+  SetContext(lua_, &context_);
   luaL_openlibs(lua_);
+  OpenErrors(lua_);
+  OpenObjects(lua_);
+  OpenMethods(lua_);
+  OpenMembers(lua_);
   OpenHostGlobals(lua_);
   OpenHostTable(lua_);
   SetArguments(lua_, name, arguments_);
   lua_getglobal(lua_, "os");
-  lua_pushcfunction(lua_, Exit);
+  lua_pushcfunction(lua_, Guarded<Exit>);
   lua_setfield(lua_, -2, "exit");
   lua_pop(lua_, 1);
 }
 
-Script::~Script() { lua_close(lua_); }
+Script::~Script() {
+  context_.ending = true;
+  lua_close(lua_);
+}
 
 void Script::FindModulesIn(const std::string& folder) {
   lua_getglobal(lua_, "package");
@@ -92,18 +109,6 @@ bool Script::Run(int load_status) {
   if (status != LUA_OK) error_ = luaL_tolstring(lua_, -1, nullptr);
   lua_settop(lua_, handler - 1);
   return status == LUA_OK;
-}
-
-int OutputStatus(int status) {
-  const bool lost = std::fflush(stdout) != 0 || std::ferror(stdout) != 0;
-  if (!lost || status != EXIT_SUCCESS) return status;
-  std::fprintf(stderr, "gifhost: standard output cannot be written\n");
-  return EXIT_FAILURE;
-}
-
-int FinalStatus(const Host& host, int status) {
-  const int checked = OutputStatus(status);
-  return host.ReportLeaks() ? checked : kExitLeak;
 }
 
 }  // namespace host

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "host/host/host.h"
+#include "host/lua/lua_state.h"
 
 namespace host {
 
@@ -34,16 +34,10 @@ class Script {
  private:
   bool Run(int load_status);
 
+  ScriptContext context_;
   lua_State* lua_;
   std::vector<std::string> arguments_;
   std::string error_;
 };
-
-// `status`, or EXIT_FAILURE in place of success when standard output was lost, which it says on stderr.
-int OutputStatus(int status);
-
-// The program's exit status once scripts are done: that, or kExitLeak, with a list on stderr, when something is still
-// alive.
-int FinalStatus(const Host& host, int status);
 
 }  // namespace host

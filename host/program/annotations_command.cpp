@@ -4,6 +4,8 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "host/classes/full_host.h"
+#include "host/core/exit_status.h"
 #include "host/core/text.h"
 #include "host/host/memory_block.h"
 #include "host/program/commands.h"
@@ -192,13 +194,13 @@ function host.fail(name, n) end
 
 int RunAnnotations(const ProgramOptions& options) {
   if (!options.arguments.empty()) throw std::invalid_argument("annotations takes no arguments");
-  Host host(options.host);
+  FullHost host(options.host);
   host.LoadPlugin(PluginFile(options));
   std::printf("---@meta\n\n");
   for (const auto& [name, known] : host.classes()) PrintClass(host, *known);
   for (const auto& [name, group] : host.globals().all()) PrintFunction(host, group, "");
   std::fputs(kHostTable, stdout);
-  return 0;
+  return kExitSuccess;
 }
 
 }  // namespace host

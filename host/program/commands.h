@@ -4,7 +4,7 @@
 
 #include <string>
 
-#include "host/host/options.h"
+#include "host/program/program_options.h"
 
 namespace host {
 

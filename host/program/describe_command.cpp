@@ -4,6 +4,8 @@
 #include <functional>
 #include <stdexcept>
 
+#include "host/classes/full_host.h"
+#include "host/core/exit_status.h"
 #include "host/core/json.h"
 #include "host/core/text.h"
 #include "host/program/commands.h"
@@ -116,7 +118,7 @@ std::string SummaryJson(const Listing& listing) {
 
 int RunList(const ProgramOptions& options) {
   const Arguments arguments = ParseArguments(options, false);
-  Host host(options.host);
+  FullHost host(options.host);
   host.LoadPlugin(PluginFile(options));
   const std::vector<Listing> listings = ListRegistered(host);
   if (arguments.json) {
@@ -124,12 +126,12 @@ int RunList(const ProgramOptions& options) {
   } else {
     for (const Listing& listing : listings) PrintSummary(listing);
   }
-  return 0;
+  return kExitSuccess;
 }
 
 int RunDescribe(const ProgramOptions& options) {
   const Arguments arguments = ParseArguments(options, true);
-  Host host(options.host);
+  FullHost host(options.host);
   host.LoadPlugin(PluginFile(options));
   if (!arguments.class_name.empty()) {
     const Listing listing = ListClass(host.RequireClass(arguments.class_name));
@@ -138,18 +140,18 @@ int RunDescribe(const ProgramOptions& options) {
     } else {
       PrintMembers(listing);
     }
-    return 0;
+    return kExitSuccess;
   }
   const std::vector<Listing> listings = ListRegistered(host);
   if (arguments.json) {
     Print(JsonList<Listing>(listings, ListingJson));
-    return 0;
+    return kExitSuccess;
   }
   for (const Listing& listing : listings) {
     if (&listing != &listings.front()) Print("");
     PrintMembers(listing);
   }
-  return 0;
+  return kExitSuccess;
 }
 
 }  // namespace host

@@ -35,7 +35,7 @@ Ref<Object> Exercise::Make(const Class& wanted) {
   std::vector<Value> arguments;
   if (wanted.name == "FolderItem") arguments = {HandleValue(host_.NewString(PickOne(kPaths)))};
   if (wanted.name == "Picture") arguments = {int64_t{4}, int64_t{3}};
-  return host_.New(wanted.name, std::move(arguments));
+  return NewObject(host_, wanted.name, std::move(arguments));
 }
 
 // --- Arguments -----------------------------------------------------------------------------------------------------
@@ -98,14 +98,17 @@ void Exercise::Set(const Ref<Object>& self, const Property& property, Picker pic
   Try([&] { SetProperty(host_, self, property, (this->*pick)(property.type, self.get())); });
 }
 
+const MemberGroup& Exercise::GroupOf(const Ref<Object>& self, const Method& method) const {
+  const std::string& name = method.declaration.name;
+  return *(self ? self->object_class().Find(name) : host_.globals().Find(name));
+}
+
 void Exercise::Call(const Ref<Object>& self, const Method& method, Picker pick) {
   std::vector<Value> arguments;
   for (const Parameter& parameter : method.declaration.parameters) {
     arguments.push_back((this->*pick)(parameter.type, self.get()));
   }
-  const MemberGroup* group =
-      self ? self->object_class().Find(method.declaration.name) : host_.globals().Find(method.declaration.name);
-  Try([&] { Keep(CallMethod(host_, self, *group, arguments)); });
+  Try([&] { Keep(CallMethod(host_, self, GroupOf(self, method), arguments)); });
 }
 
 void Exercise::Assign(const Ref<Object>& self, const Method& method, Picker pick) {
@@ -114,7 +117,7 @@ void Exercise::Assign(const Ref<Object>& self, const Method& method, Picker pick
     arguments.push_back((this->*pick)(parameter.type, self.get()));
   }
   const Value value = (this->*pick)(method.declaration.result, self.get());
-  Try([&] { host_.Assign(self, method.declaration.name, arguments, value); });
+  Try([&] { AssignMethod(host_, self, GroupOf(self, method), arguments, value); });
 }
 
 void Exercise::CallAllWithNothing() {
@@ -155,14 +158,14 @@ void Exercise::CallOneAtRandom() {
     return writes ? Set(self, property, &Exercise::Anything) : Get(self, property);
   }
   const Method& method = *listing.methods[member - listing.properties.size()];
-  writes&& method.setter != nullptr ? Assign(self, method, &Exercise::Anything)
-                                    : Call(self, method, &Exercise::Anything);
+  if (writes && method.setter != nullptr) return Assign(self, method, &Exercise::Anything);
+  Call(self, method, &Exercise::Anything);
 }
 
 void Exercise::CallAtRandom(int times) {
   if (!samples_.empty()) std::ofstream(kPaths.front(), std::ios::binary) << PickOne(samples_);
   for (int i = 0; i < kBlocks; ++i)
-    objects_.push_back(host_.New("MemoryBlock", {HandleValue(host_.NewString(AnyText()))}));
+    objects_.push_back(NewObject(host_, "MemoryBlock", {HandleValue(host_.NewString(AnyText()))}));
   for (int i = 0; i < times && !listings_.empty(); ++i) CallOneAtRandom();
 }
 

@@ -40,6 +40,7 @@ class Exercise {
   Value AnyObject(const Type& type, const Object* self);
   void Keep(const Value& value);
 
+  const MemberGroup& GroupOf(const Ref<Object>& self, const Method& method) const;
   Ref<Object> AnyOf(const Class& wanted);
   void Get(const Ref<Object>& self, const Property& property);
   void Set(const Ref<Object>& self, const Property& property, Picker pick);

@@ -8,17 +8,16 @@
 #include <string>
 #include <vector>
 
-#include "host/host/host.h"
-#include "host/host/options.h"
+#include "host/classes/full_host.h"
+#include "host/core/exit_status.h"
+#include "host/host/final_status.h"
 #include "host/lua/script.h"
 #include "host/program/commands.h"
 #include "host/program/plugin_file.h"
+#include "host/program/program_options.h"
 #include "host/program/prompt.h"
 
 namespace {
-
-constexpr int kExitScriptFailed = 1;
-constexpr int kExitUsage = 2;
 
 bool RunScript(host::Host& host, const host::ProgramOptions& options) {
   host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
@@ -43,10 +42,10 @@ int Run(const host::ProgramOptions& options) {
   if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
     return host::OutputStatus(command(options));
   }
-  host::Host host(options.host);
+  host::FullHost host(options.host);
   host.LoadPlugin(host::PluginFile(options));
   const bool succeeded = RunScript(host, options);
-  return host::FinalStatus(host, succeeded ? 0 : kExitScriptFailed);
+  return host::FinalStatus(host, succeeded ? host::kExitSuccess : host::kExitFailed);
 }
 
 }  // namespace
@@ -57,19 +56,19 @@ int main(int argc, char** argv) {
     options = host::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const std::invalid_argument& error) {
     std::fprintf(stderr, "gifhost: %s\n", error.what());
-    return kExitUsage;
+    return host::kExitUsage;
   }
   if (options.help || options.version) {
     std::fputs(options.help ? host::kHelpText : "gifhost " GIFHOST_VERSION "\n", stdout);
-    return 0;
+    return host::kExitSuccess;
   }
   try {
     return Run(options);
   } catch (const std::invalid_argument& error) {
     std::fprintf(stderr, "gifhost: %s\n", error.what());
-    return kExitUsage;
+    return host::kExitUsage;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "gifhost: %s\n", error.what());
-    return kExitScriptFailed;
+    return host::kExitFailed;
   }
 }

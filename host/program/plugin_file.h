@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "host/host/options.h"
+#include "host/program/program_options.h"
 
 namespace host {
 

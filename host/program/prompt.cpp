@@ -10,7 +10,6 @@
 #include "host/core/heap.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_object.h"
-#include "host/lua/lua_value.h"
 
 namespace host {
 namespace {
@@ -44,7 +43,7 @@ bool LoadStatement(lua_State* lua, std::string code) {
 }
 
 std::string Describe(lua_State* lua, int index) {
-  if (const Ref<Object>* object = TestObject(lua, index)) return (*object)->Describe();
+  if (const Ref<Object> object = ToObject(lua, index)) return object->Describe();
   std::string text = luaL_tolstring(lua, index, nullptr);
   lua_pop(lua, 1);
   return text;
@@ -81,7 +80,7 @@ void RunPrompt(Script& script) {
     lua_pushcfunction(lua, AddTraceback);
     bool succeeded = LoadStatement(lua, *line) && lua_pcall(lua, 0, LUA_MULTRET, 1) == LUA_OK;
     if (succeeded) {
-      lua_pushcfunction(lua, PrintResults);
+      lua_pushcfunction(lua, Guarded<PrintResults>);
       lua_insert(lua, 2);
       succeeded = lua_pcall(lua, lua_gettop(lua) - 2, 0, 1) == LUA_OK;
     }

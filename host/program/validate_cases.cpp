@@ -5,8 +5,8 @@
 #include <stdexcept>
 
 #include "host/core/text.h"
+#include "host/functions/host_functions.h"
 #include "host/host/dispatch.h"
-#include "host/host/resolver.h"
 #include "host/host/string.h"
 #include "host/program/exercise.h"
 #include "host/program/listing.h"

@@ -18,8 +18,10 @@
 #include <memory>
 #include <stdexcept>
 
+#include "host/classes/full_host.h"
+#include "host/core/exit_status.h"
 #include "host/core/text.h"
-#include "host/lua/script.h"
+#include "host/host/final_status.h"
 #include "host/program/commands.h"
 #include "host/program/plugin_file.h"
 #include "host/program/validate_cases.h"
@@ -90,17 +92,17 @@ std::vector<Case> Choose(std::vector<Case> cases, const std::vector<std::string>
 // Gives the exit status; what is wrong stands on stderr.
 int RunCase(const Case& checked, const Trial& trial) {
   try {
-    Host host(checked.options);
+    FullHost host(checked.options);
     try {
       host.LoadPlugin(trial.plugin);
     } catch (const std::runtime_error&) {
       if (!checked.may_not_load) throw;
     }
     checked.run(host, trial);
-    return FinalStatus(host, 0);
+    return FinalStatus(host, kExitSuccess);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "%s\n", error.what());
-    return 1;
+    return kExitFailed;
   }
 }
 
@@ -155,7 +157,7 @@ std::string FailureOf(int wait_status) {
     return WTERMSIG(wait_status) == SIGALRM ? "took too long" : strsignal(WTERMSIG(wait_status));
   }
   switch (WEXITSTATUS(wait_status)) {
-    case 0:
+    case kExitSuccess:
       return "";
     case kExitFault:
       return "broke a rule";
@@ -210,7 +212,7 @@ int RunValidate(const ProgramOptions& options) {
   const std::vector<Case> cases = Choose(Cases(options.host), arguments.only);
   if (arguments.list) {
     for (const Case& checked : cases) std::printf("%s\n", checked.name.c_str());
-    return 0;
+    return kExitSuccess;
   }
   if (!std::filesystem::exists(arguments.trial.plugin)) {
     throw std::runtime_error(Text("there is no plugin ", arguments.trial.plugin));
@@ -224,7 +226,7 @@ int RunValidate(const ProgramOptions& options) {
   }
   std::printf("%zu cases, %d failed; seed %llu\n", cases.size(), failed,
               static_cast<unsigned long long>(arguments.trial.seed));
-  return failed == 0 ? 0 : 1;
+  return failed == 0 ? kExitSuccess : kExitFailed;
 }
 
 }  // namespace host

@@ -19,7 +19,8 @@ storeys=(
   'host/core: platform bridge/gif_plugin_host.h bridge/definition_rows.h'
   'host/host: host/core platform bridge/gif_plugin_host.h bridge/definition_rows.h'
   'host/functions: host/host host/core platform bridge/gif_plugin_host.h'
-  'host/classes: host/host host/core platform bridge/gif_plugin_host.h bridge/definition_rows.h'
+  'host/reducing:'
+  'host/classes: host/reducing host/functions host/host host/core platform bridge/gif_plugin_host.h bridge/definition_rows.h'
   'host/lua: host/classes host/functions host/host host/core platform bridge/gif_plugin_host.h'
   'host/program: host/lua host/classes host/functions host/host host/core platform bridge/gif_plugin_host.h'
 )

@@ -9,8 +9,8 @@
 #include <vector>
 
 #include "bridge/host_reference.h"
+#include "host/functions/host_functions.h"
 #include "host/host/picture.h"
-#include "host/host/resolver.h"
 #include "picture/picture_editor.h"
 #include "platform/core_graphics.h"
 #include "tests/support/lending.h"

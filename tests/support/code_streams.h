@@ -62,7 +62,8 @@ class StreamMaker {
     int32_t width, height;
   };
 
-  Made Make() {
+  // Of `most` pixels or fewer, if the image is to be large: most of it then lies beyond the data.
+  Made Make(int32_t most = 0) {
     const int32_t code_size = Below(12), clear = 1 << code_size;
     CodePacker packer(code_size);
     const double damage = Pick({0, 0, 0.002, 0.02, 0.2}), literals = Pick({0.02, 0.5, 0.9});
@@ -92,9 +93,15 @@ class StreamMaker {
     }
     if (Chance(0.7)) packer.Add(clear + 1);
 
-    const int32_t width = Below(Chance(0.5) ? 12 : 300) + 1;
-    const auto height = static_cast<int32_t>(std::clamp<int64_t>(
-        static_cast<int64_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2), 1, 20000));
+    int32_t width = Below(Chance(0.5) ? 12 : 300) + 1;
+    if (most > 0) width = std::min(1 << Below(17), 0xFFFF);
+    // Rows end where the data do, or a pixel before or after.
+    if (Chance(most > 0 ? 0.5 : 0)) {
+      width = std::clamp(static_cast<int32_t>(pixels) / (1 + Below(3)) + Below(4) - 1, 1, 0xFFFF);
+    }
+    auto height = static_cast<int32_t>(static_cast<double>(pixels) * Pick({0.5, 1, 1, 1.3})) / width + Below(2);
+    if (most > 0) height = std::min(most >> Below(8), most) / width;
+    height = std::clamp(height, 1, most > 0 ? 0xFFFF : 20000);
     return Pack(packer.Finish(), code_size, width, height);
   }
 

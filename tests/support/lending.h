@@ -10,7 +10,7 @@
 #include <string>
 
 #include "bridge/host_functions.h"
-#include "host/host/host.h"
+#include "host/classes/full_host.h"
 
 inline std::map<std::string, void*> lent;
 inline std::map<std::string, std::atomic<int>> asked;
@@ -34,9 +34,9 @@ inline void StartLending() {
 }
 
 // A script host for the plugin's own functions, without a plugin; at its end nothing may be alive.
-class LendingHost : public host::Host {
+class LendingHost : public host::FullHost {
  public:
-  explicit LendingHost(host::HostOptions options = {}) : Host(std::move(options)) {
+  explicit LendingHost(host::HostOptions options = {}) : FullHost(std::move(options)) {
     StartLending();
     lender = this;
   }

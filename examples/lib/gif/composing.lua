@@ -118,23 +118,32 @@ local function free_index(document)
   return nil
 end
 
+-- At most so many colours that come near those of a film's frames.
+function composing.reduced(film, most)
+  film:Plan(most, false)
+  local bytes, colours = film.Table, {}
+  if bytes == "" and film:Next() then bytes = film.Colors end
+  for at = 1, #bytes, 3 do colours[#colours + 1] = (">I3"):unpack(bytes, at) end
+  return colours
+end
+
 -- A picture as pixels with a table of their own, and the transparent index if it has one; false as a fourth result when
 -- its colours had to be reduced.
 function composing.indexed(picture)
   local has_mask = picture.Mask ~= nil
   local list = picture:Colours(256)
   local colours, most = {}, has_mask and 255 or 256
-  if #list // 4 > most then
-    local reduced = ColorTable(256)
-    reduced:Add(picture)
-    for i = 0, reduced.Count - 1 do colours[i + 1] = reduced:Value(i) end
-    local transparent = reduced.Transparent >= 0 and reduced.Transparent or nil
-    return tostring(reduced:Indexes(picture)), colours, transparent, false
+  local exact = #list // 4 <= most
+  if not exact then
+    local film <const> = Film(picture.Width, picture.Height)
+    film:Show(picture)
+    film:Keep()
+    list = composing.list(composing.reduced(film, most))
   end
   for i = 1, #list // 4 do colours[i] = ("<I4"):unpack(list, i * 4 - 3) end
   local transparent = has_mask and #colours or nil
   if has_mask then colours[#colours + 1] = 0 end
-  return tostring(picture:Indexes(composing.list(colours), transparent or -1)), colours, transparent, true
+  return tostring(picture:Indexes(composing.list(colours), transparent or -1)), colours, transparent, exact
 end
 
 local function set_whole(frame, document, pixels, transparent)

@@ -49,26 +49,28 @@ local function extended_table(document, met, has_holes)
 end
 
 -- Draws every frame anew: edit(picture, frame) gives the picture that takes the place of what is seen. Where the colours
--- fit beside those of the document's table its indexes stay; otherwise libgd chooses new ones for all frames. Gives
+-- fit beside those of the document's table its indexes stay; otherwise new ones are chosen for all frames. Gives
 -- whether all colours were kept.
 ---@param document Document
 function drawing.redraw(document, width, height, edit)
-  local met, has_holes, reduced = {}, false, ColorTable(kMostColours)
-  local exact = true
+  local met, has_holes, exact = {}, false, true
   local function pictures(show)
     composing.play(document, {}, function(frame, canvas) show(frame, edit(composing.seen(canvas), frame)) end)
   end
   pictures(function(_, picture)
     if #met <= kMostColours then distinct_of(picture:Colours(kMostColours), met, kMostColours) end
     has_holes = has_holes or picture.Mask ~= nil
-    reduced:Add(picture)
   end)
   local colours, transparent = extended_table(document, met, has_holes)
   if not colours then
-    colours = {}
-    for i = 0, reduced.Count - 1 do colours[i + 1] = reduced:Value(i) end
-    transparent = reduced.Transparent >= 0 and reduced.Transparent or nil
-    exact = #met <= kMostColours - (has_holes and 1 or 0)
+    local film <const>, most = Film(width, height), kMostColours - (has_holes and 1 or 0)
+    pictures(function(_, picture)
+      film:Show(picture)
+      film:Keep()
+    end)
+    colours, exact = composing.reduced(film, most), #met <= most
+    transparent = has_holes and #colours or nil
+    if has_holes then colours[#colours + 1] = 0 end
   end
   local list, made = composing.list(colours), {}
   pictures(function(_, picture) made[#made + 1] = picture:Indexes(list, transparent or -1):String() end)

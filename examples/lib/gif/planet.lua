@@ -49,12 +49,12 @@ local function surface(x, y, turn)
   return step((stripes + 1) / 2, kHues - 1, x, y) + 1, step(0.04 + 0.96 * light ^ 0.8, kShades, x + 2, y + 1)
 end
 
--- The pixels of a part of the frame as a MemoryBlock: rows from the top, one byte for each pixel.
-local function draw(left, top, width, height, turn)
-  local pixels = MemoryBlock(width * height)
+-- The pixels of a frame as a MemoryBlock: rows from the top, one byte for each pixel.
+local function draw(turn)
+  local pixels = MemoryBlock(kWidth * kHeight)
   local at = 0
-  for y = top, top + height - 1 do
-    for x = left, left + width - 1 do
+  for y = 0, kHeight - 1 do
+    for x = 0, kWidth - 1 do
       local hue, shade = surface(x, y, turn)
       pixels[at] = hue and hue * kShades + shade or sky(x, y)
       at = at + 1
@@ -66,25 +66,23 @@ end
 local function table_of_colours()
   local colours = {}
   for hue = 0, kHues - 1 do
-    for shade = 0, kShades - 1 do colours[#colours + 1] = colour(hue, shade) end
+    for shade = 0, kShades - 1 do colours[#colours + 1] = (">I3"):pack(colour(hue, shade)) end
   end
-  return colours
+  return table.concat(colours)
 end
 
--- The animation as build.lua puts it together; a delay of nil is the planet's own.
+-- The animation as build.lua puts it together: a film that is planned, and the delays of its frames. A delay of nil is
+-- the planet's own.
 function planet.animation(delay_cs)
-  local frames = {}
+  local film, frames, colours = Film(kWidth, kHeight), {}, table_of_colours()
   for i = 0, kFrames - 1 do
-    local frame = { left = 0, top = 0, width = kWidth, height = kHeight, disposal = kKeep, delay_cs = delay_cs or kDelayCs }
-    if i > 0 then
-      frame.left, frame.top = kCentreX - kRadius, kCentreY - kRadius
-      frame.width, frame.height = 2 * kRadius + 1, 2 * kRadius + 1
-    end
-    frame.pixels = draw(frame.left, frame.top, frame.width, frame.height, i / kFrames)
-    frames[#frames + 1] = frame
+    film:Draw(draw(i / kFrames), colours, -1, 0, 0, kWidth, kHeight, kKeep)
+    film:Keep()
+    frames[#frames + 1] = { delay_cs = delay_cs or kDelayCs }
   end
+  film:Plan(1 << 8, true)
   return {
-    width = kWidth, height = kHeight, colours = table_of_colours(), frames = frames,
+    width = kWidth, height = kHeight, film = film, frames = frames,
     comment = "A turning planet, built by examples/build.lua" }
 end
 

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <span>
+#include <utility>
 #include <vector>
 
+#include "host/host/host.h"
 #include "host/host/picture.h"
 
 namespace host {
@@ -11,7 +13,7 @@ namespace host {
 // The screen of an animation: images are drawn on it as rows of indexes. It is kept at its own size or at a smaller
 // one, where each pixel is that of the screen at its top left corner, so that what is drawn is never larger than what
 // is kept.
-class Canvas : public Object {
+class AnimationScreen : public Object {
  public:
   static constexpr const char* kKind = "canvas";
   using Object::Object;
@@ -36,7 +38,7 @@ class Canvas : public Object {
   void Restore();
 
   std::span<const uint32_t> values() const { return values_; }
-  Ref<Picture> ToPicture() const;  // values as colours; null when there can be none
+  Ref<Picture> ToPicture(Host& host) const;  // values as colours; throws std::bad_alloc
 
  private:
   // What of a side lies from `first` on, `count` long: the first and the number of the kept ones.

@@ -1,7 +1,11 @@
-#include "host/host/resolver.h"
+#include "host/functions/host_functions.h"
 
+#include <exception>
 #include <map>
+#include <new>
 #include <string_view>
+
+#include "host/core/fault.h"
 
 namespace host {
 
@@ -16,6 +20,16 @@ REALproc FindHostFunction(const char* name) {
   }();
   const auto found = functions.find(name);
   return found == functions.end() ? nullptr : found->second;
+}
+
+void ExpectLackOfMemory() {
+  try {
+    throw;
+  } catch (const std::bad_alloc&) {
+    // As the result says.
+  } catch (const std::exception& error) {
+    Fault(error.what());
+  }
 }
 
 }  // namespace host

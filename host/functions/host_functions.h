@@ -5,6 +5,7 @@
 #include <span>
 
 #include "bridge/gif_plugin_host.h"
+#include "host/host/boundary.h"
 
 namespace host {
 
@@ -22,5 +23,13 @@ std::span<const HostFunction> PictureFunctions();
 
 // Null when there is no function of exactly that name.
 REALproc FindHostFunction(const char* name);
+
+// For what a host function throws: only that memory runs out, which its neutral result tells.
+void ExpectLackOfMemory();
+
+template <auto function>
+HostFunction Offered(const char* name) {
+  return {name, reinterpret_cast<REALproc>(Boundary<function, ExpectLackOfMemory>::Call)};
+}
 
 }  // namespace host

@@ -1,14 +1,9 @@
-#include "host/host/native.h"
+#include "host/classes/native.h"
 
-#include "host/host/string.h"
+#include "host/host/errors.h"
 
 namespace host {
 namespace {
-
-int64_t LenB(REALstringStruct* string) {
-  const String* text = Self<String>(string);
-  return text == nullptr ? 0 : static_cast<int64_t>(text->bytes().size());
-}
 
 template <class Member, class... Arguments>
 void AddNative(MemberTable& to, const Arguments&... arguments) {
@@ -24,13 +19,25 @@ void AddMembers(Class& to, std::span<const REALproperty> properties, std::span<c
   for (const REALmethodDefinition& method : methods) AddNative<Method>(to.members, method, to.name, true);
 }
 
-REALstringStruct* StringResult(std::string_view bytes) {
-  Host& host = Host::Current();
-  return static_cast<REALstringStruct*>(host.heap().HandOut(host.NewString(bytes).get()));
+void AddGlobalMember(Host& host, const REALmethodDefinition& method) {
+  AddNative<Method>(host.globals(), method, "", false);
 }
 
-void AddGlobalMethods(Host& host) {
-  AddNative<Method>(host.globals(), NativeMethod("LenB( s as string ) as integer", Proc(LenB)), "", false);
+REALstringStruct* StringResult(std::string_view bytes) {
+  return HandOut<REALstringStruct>(Host::Current().NewString(bytes));
+}
+
+void RaiseCaught() {
+  Host& host = Host::Current();
+  try {
+    throw;
+  } catch (const RaisedException& raised) {
+    host.Raise(raised);
+  } catch (const std::bad_alloc&) {
+    host.Raise(RaisedException("OutOfMemoryException", "There is not enough memory."));
+  } catch (const std::exception& error) {
+    host.Raise(RaisedException("RuntimeException", error.what()));
+  }
 }
 
 }  // namespace host

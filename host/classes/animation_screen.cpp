@@ -1,6 +1,7 @@
-#include "host/classes/canvas.h"
+#include "host/classes/animation_screen.h"
 
 #include <algorithm>
+#include <new>
 
 namespace host {
 namespace {
@@ -16,7 +17,7 @@ std::vector<int> Places(int64_t screen, int64_t shown) {
 
 }  // namespace
 
-bool Canvas::Create(int64_t width, int64_t height, int64_t shown_width, int64_t shown_height) {
+bool AnimationScreen::Create(int64_t width, int64_t height, int64_t shown_width, int64_t shown_height) {
   if (width < 1 || width > kLongestSide || height < 1 || height > kLongestSide) return false;
   if (shown_width < 1 || shown_width > width || shown_height < 1 || shown_height > height) return false;
   std::vector<uint32_t> values(static_cast<size_t>(shown_width) * static_cast<size_t>(shown_height), kNothing);
@@ -27,15 +28,15 @@ bool Canvas::Create(int64_t width, int64_t height, int64_t shown_width, int64_t 
   return true;
 }
 
-std::pair<size_t, size_t> Canvas::Shown(const std::vector<int>& places, int64_t first, int64_t count) {
+std::pair<size_t, size_t> AnimationScreen::Shown(const std::vector<int>& places, int64_t first, int64_t count) {
   const int64_t end = count > kLongestSide ? first + kLongestSide + 1 : first + count;
   const auto from = std::lower_bound(places.begin(), places.end(), first);
   const auto to = std::lower_bound(from, places.end(), end);
   return {static_cast<size_t>(from - places.begin()), static_cast<size_t>(to - from)};
 }
 
-void Canvas::Draw(std::span<const uint8_t> pixels, const Area& area, std::span<const uint32_t> values,
-                  int64_t transparent) {
+void AnimationScreen::Draw(std::span<const uint8_t> pixels, const Area& area, std::span<const uint32_t> values,
+                           int64_t transparent) {
   const auto [left, columns] = Shown(columns_, area.left, area.width);
   const auto [top, rows] = Shown(rows_, area.top, area.height);
   for (size_t y = top; y < top + rows; ++y) {
@@ -49,19 +50,19 @@ void Canvas::Draw(std::span<const uint8_t> pixels, const Area& area, std::span<c
   }
 }
 
-void Canvas::Fill(const Area& area, uint32_t value) {
+void AnimationScreen::Fill(const Area& area, uint32_t value) {
   const auto [left, columns] = Shown(columns_, area.left, area.width);
   const auto [top, rows] = Shown(rows_, area.top, area.height);
   for (size_t y = top; y < top + rows; ++y) std::fill_n(&values_[y * columns_.size() + left], columns, value);
 }
 
-void Canvas::Restore() {
+void AnimationScreen::Restore() {
   if (saved_.size() == values_.size()) values_.swap(saved_);
 }
 
-Ref<Picture> Canvas::ToPicture() const {
-  Ref<Picture> picture = NewPicture(width(), height());
-  if (!picture) return picture;
+Ref<Picture> AnimationScreen::ToPicture(Host& host) const {
+  Ref<Picture> picture = NewPicture(host, width(), height());
+  if (!picture) throw std::bad_alloc();
   const size_t columns = columns_.size();
   std::vector<uint32_t> colors(columns);
   std::vector<uint32_t> mask(columns);
@@ -76,7 +77,7 @@ Ref<Picture> Canvas::ToPicture() const {
     }
     picture->pixels().Write(0, y, colors);
     if (is_opaque) continue;
-    if (!picture->MakeMask()) return {};
+    if (!picture->MakeMask(host)) throw std::bad_alloc();
     picture->mask()->pixels().Write(0, y, mask);
   }
   return picture;

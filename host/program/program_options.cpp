@@ -1,4 +1,4 @@
-#include "host/host/options.h"
+#include "host/program/program_options.h"
 
 #include <charconv>
 #include <functional>

@@ -1,0 +1,34 @@
+#pragma once
+
+// What is being done on the plugin's behalf or by it, for messages about what went wrong.
+
+#include <string>
+
+namespace host {
+
+// The texts live as long as the host.
+struct Activity {
+  const char* function = "";  // the host function that the plugin called, or what the host itself does
+  const char* handler = "";   // the plugin's handler that runs around it
+
+  std::string Describe() const;
+};
+
+// The innermost activity now.
+const Activity& CurrentActivity();
+
+// Makes a host function (or a handler) the current one for as long as it lives.
+class ActivityScope {
+ public:
+  static ActivityScope Function(const char* name) { return ActivityScope({name, CurrentActivity().handler}); }
+  static ActivityScope Handler(const char* label) { return ActivityScope({"", label}); }
+  ~ActivityScope();
+  ActivityScope(const ActivityScope&) = delete;
+  ActivityScope& operator=(const ActivityScope&) = delete;
+
+ private:
+  explicit ActivityScope(Activity activity);
+  Activity before_;
+};
+
+}  // namespace host

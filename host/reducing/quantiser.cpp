@@ -1,0 +1,213 @@
+#include "host/reducing/quantiser.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+
+#include "host/reducing/canvas.h"
+#include "host/reducing/nearest_color.h"
+
+namespace host {
+namespace {
+
+constexpr int kBits = 6;  // of each primary colour: pixels within a cell count as its mean
+constexpr uint32_t kCells = 1u << 3 * kBits;
+constexpr size_t kMostColors = 256;
+constexpr uint32_t kSlots = 1024;
+constexpr int kRounds =
+    12;  // of moving colours to the mean of their pixels; few give more than a thousandth after that
+
+struct Point {
+  std::array<float, 3> at;
+  float count;
+};
+
+struct Cluster {
+  size_t begin = 0;
+  size_t end = 0;
+  double error = 0;  // the sum of squared distances from the mean
+  int axis = 0;      // along which it is the widest
+};
+
+uint32_t CellOf(uint32_t rgb) {
+  return (rgb >> (24 - kBits) & 0x3F) << 2 * kBits | (rgb >> (16 - kBits) & 0x3F) << kBits |
+         (rgb >> (8 - kBits) & 0x3F);
+}
+
+Cluster Measured(const std::vector<Point>& points, size_t begin, size_t end) {
+  double count = 0;
+  std::array<double, 3> sum{};
+  std::array<double, 3> squares{};
+  for (size_t i = begin; i < end; ++i) {
+    count += points[i].count;
+    for (size_t k = 0; k < 3; ++k) {
+      const double weighted = double{points[i].count} * points[i].at[k];
+      sum[k] += weighted;
+      squares[k] += weighted * points[i].at[k];
+    }
+  }
+  Cluster cluster{begin, end, 0, 0};
+  double widest = -1;
+  for (size_t k = 0; k < 3; ++k) {
+    const double error = squares[k] - sum[k] * sum[k] / count;
+    cluster.error += error;
+    if (error > widest) {
+      widest = error;
+      cluster.axis = static_cast<int>(k);
+    }
+  }
+  return cluster;
+}
+
+// Where to cut a cluster, sorted along its axis, so that the errors of both parts add up to the least.
+size_t BestCut(const std::vector<Point>& points, const Cluster& cluster) {
+  const auto axis = static_cast<size_t>(cluster.axis);
+  double total = 0;
+  double count = 0;
+  for (size_t i = cluster.begin; i < cluster.end; ++i) {
+    count += points[i].count;
+    total += double{points[i].count} * points[i].at[axis];
+  }
+  double left = 0;
+  double left_count = 0;
+  double best = -1;
+  size_t cut = cluster.begin + 1;
+  for (size_t i = cluster.begin; i + 1 < cluster.end; ++i) {
+    left_count += points[i].count;
+    left += double{points[i].count} * points[i].at[axis];
+    const double right = total - left;
+    const double gain = left * left / left_count + right * right / (count - left_count);
+    if (gain > best) {
+      best = gain;
+      cut = i + 1;
+    }
+  }
+  return cut;
+}
+
+uint32_t Packed(const std::array<double, 3>& sum, double count) {
+  uint32_t rgb = 0;
+  for (const double part : sum) {
+    rgb = rgb << 8 | static_cast<uint32_t>(std::clamp(std::lround(part / count), 0L, 255L));
+  }
+  return rgb;
+}
+
+uint32_t Packed(const Point& point) { return Packed({point.at[0], point.at[1], point.at[2]}, 1); }
+
+uint32_t MeanOf(const std::vector<Point>& points, const Cluster& cluster) {
+  std::array<double, 3> sum{};
+  double count = 0;
+  for (size_t i = cluster.begin; i < cluster.end; ++i) {
+    count += points[i].count;
+    for (size_t k = 0; k < 3; ++k) sum[k] += double{points[i].count} * points[i].at[k];
+  }
+  return Packed(sum, count);
+}
+
+// Cuts the cluster of the greatest error in two until there are enough.
+std::vector<uint32_t> Cut(std::vector<Point>& points, size_t most) {
+  const auto smaller = [](const Cluster& a, const Cluster& b) { return a.error < b.error; };
+  std::vector<Cluster> clusters{Measured(points, 0, points.size())};
+  while (clusters.size() < most) {
+    std::pop_heap(clusters.begin(), clusters.end(), smaller);
+    const Cluster cluster = clusters.back();
+    if (cluster.end - cluster.begin < 2) {
+      std::push_heap(clusters.begin(), clusters.end(), smaller);
+      break;
+    }
+    const auto axis = static_cast<size_t>(cluster.axis);
+    std::sort(points.begin() + static_cast<ptrdiff_t>(cluster.begin),
+              points.begin() + static_cast<ptrdiff_t>(cluster.end),
+              [axis](const Point& a, const Point& b) { return a.at[axis] < b.at[axis]; });
+    const size_t cut = BestCut(points, cluster);
+    clusters.back() = Measured(points, cluster.begin, cut);
+    std::push_heap(clusters.begin(), clusters.end(), smaller);
+    clusters.push_back(Measured(points, cut, cluster.end));
+    std::push_heap(clusters.begin(), clusters.end(), smaller);
+  }
+  std::vector<uint32_t> colors;
+  for (const Cluster& cluster : clusters) colors.push_back(MeanOf(points, cluster));
+  return colors;
+}
+
+// Gives each point to the nearest colour and moves each colour to the mean of its points.
+void Settle(const std::vector<Point>& points, std::vector<uint32_t>& colors) {
+  struct Sum {
+    std::array<double, 3> parts{};
+    double count = 0;
+  };
+  for (int round = 0; round < kRounds; ++round) {
+    NearestColor nearest(colors);
+    std::vector<Sum> sums(colors.size());
+    for (const Point& point : points) {
+      Sum& sum = sums[static_cast<size_t>(nearest.Find(Packed(point)))];
+      sum.count += point.count;
+      for (size_t k = 0; k < 3; ++k) sum.parts[k] += double{point.count} * point.at[k];
+    }
+    bool moved = false;
+    for (size_t i = 0; i < colors.size(); ++i) {
+      if (sums[i].count == 0) continue;
+      const uint32_t mean = Packed(sums[i].parts, sums[i].count);
+      moved = moved || mean != colors[i];
+      colors[i] = mean;
+    }
+    if (!moved) return;
+  }
+}
+
+}  // namespace
+
+void Quantiser::Note(uint32_t rgb) {
+  if (distinct_.size() > kMostColors) return;
+  if (slots_.empty()) slots_.assign(kSlots, kClear);
+  uint32_t slot = (rgb * 0x9E3779B1u) >> 22;
+  for (; slots_[slot] != kClear; slot = (slot + 1) % kSlots) {
+    if (slots_[slot] == rgb) return;
+  }
+  slots_[slot] = rgb;
+  distinct_.push_back(rgb);
+}
+
+void Quantiser::Add(uint32_t rgb, uint32_t times) {
+  if (cells_.empty()) cells_.resize(kCells);
+  Note(rgb);
+  const uint32_t at = CellOf(rgb);
+  Cell& cell = cells_[at];
+  if (cell.count == 0) used_.push_back(at);
+  constexpr uint32_t kWithin = (1u << (8 - kBits)) - 1;
+  cell.count += times;
+  cell.red += (rgb >> 16 & kWithin) * times;
+  cell.green += (rgb >> 8 & kWithin) * times;
+  cell.blue += (rgb & kWithin) * times;
+  pixels_ += times;
+}
+
+void Quantiser::AddRow(const uint32_t* colors, size_t count) {
+  for (size_t i = 0; i < count;) {
+    size_t end = i + 1;
+    while (end < count && colors[end] == colors[i]) ++end;
+    if (colors[i] != kClear) Add(colors[i], static_cast<uint32_t>(end - i));
+    i = end;
+  }
+}
+
+std::vector<uint32_t> Quantiser::Choose(size_t most) const {
+  if (distinct_.size() <= most) return distinct_;
+  std::vector<Point> points;
+  points.reserve(used_.size());
+  for (const uint32_t at : used_) {
+    const Cell& cell = cells_[at];
+    const auto part = [&](int shift, uint32_t sum) {
+      return static_cast<float>((at >> shift & 0x3F) << (8 - kBits)) +
+             static_cast<float>(sum) / static_cast<float>(cell.count);
+    };
+    points.push_back(
+        {{part(2 * kBits, cell.red), part(kBits, cell.green), part(0, cell.blue)}, static_cast<float>(cell.count)});
+  }
+  std::vector<uint32_t> colors = Cut(points, most);
+  Settle(points, colors);
+  return colors;
+}
+
+}  // namespace host
