@@ -17,8 +17,8 @@
 #include "bench/growth_plot.h"
 #include "bench/heap_peak.h"
 #include "bench/turns.h"
+#include "codec/format.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
 #include "entry/buffered_file.h"
@@ -189,11 +189,9 @@ Bytes Plain(int32_t side) {
   const std::unique_ptr<Gif, void (*)(Gif*)> gif(NewGif(), DeleteGif);
   gif->screen->cmap_depth = 8;
   GrowList(gif->blocks, 0);
-  GifBlock* block = gif->blocks[gif->count++] = NewRecord<GifBlock>();
+  GifBlock* block = gif->blocks[gif->count++] = NewGifBlock(true, false);
   block->intro = kImageIntroducer;
-  block->picture = NewPicture();
   block->picture->width = block->picture->height = side;
-  MakeRows(block->picture);
   char* bytes = nullptr;
   size_t size = 0;
   FILE* memory = open_memstream(&bytes, &size);

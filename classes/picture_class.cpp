@@ -5,6 +5,7 @@
 
 #include "bridge/memory_blocks.h"
 #include "classes/palette_class.h"
+#include "codec/picture_rows.h"
 
 REALclassDefinition GifPictureClass = ClassRecord<GifPictureInstance>("GifPictureZKV", picture::GifPictureDestructor);
 
@@ -62,14 +63,16 @@ static REALmemoryBlockStruct* NewPixelBlock(int64_t size, Fill fill) {
 // All rows of a record, top row first.
 static REALmemoryBlockStruct* CopyRows(const Record* record) {
   const int64_t width = record->width;
-  const int64_t size = PixelCount(width, record->height);
-  return NewPixelBlock(size, [&](uint8_t* pixels) {
-    if (!record->data) return CopyBytes(pixels, size, {});
-    for (int32_t row = 0; row < record->height; ++row) {
-      const uint8_t* bytes = record->data[row];
-      CopyBytes(pixels + row * width, width, {bytes, bytes ? width : 0});
+  bool complete = true;
+  auto block = MemoryBlockRef::Adopt(NewPixelBlock(PixelCount(width, record->height), [&](uint8_t* pixels) {
+    RowReader rows(record);
+    for (int32_t row = 0; complete && row < record->height; ++row) {
+      const uint8_t* bytes = rows.Row(row);
+      complete = bytes != nullptr;
+      if (complete) std::copy_n(bytes, width, pixels + row * width);
     }
-  });
+  }));
+  return complete ? block.Detach() : nullptr;
 }
 
 // The block that stands for this picture's pixels, shared with the script; in both modes it wins over the record.
@@ -86,7 +89,7 @@ REALmemoryBlockStruct* GetPixelData(REALobjectStruct* self, int64_t row) {
   const Instance* data = DataOf<Instance>(self);
   if (row < 0) return nullptr;
   if (const Record* record = data->record) {
-    return row < record->height ? REALBuildMemoryblock(record->data[row], record->width) : nullptr;
+    return REALBuildMemoryblock(RowReader(record).Row(row), record->width);
   }
   if (!data->pixel_block || row >= data->height || data->width < 1) return nullptr;
   const bool far = row > INT64_MAX / data->width;

@@ -29,11 +29,6 @@ void ReadBytes(MyFILE* stream, uint8_t* bytes, int64_t count) {
   if (got < count) std::memset(bytes + got, 0, static_cast<size_t>(count - got));
 }
 
-int64_t StreamSize(const MyFILE* stream) {
-  if (!stream->file) return stream->buffer ? stream->size : 0;
-  return std::max(FileSize(stream->file), stream->position);
-}
-
 void MyPutc(MyFILE* stream, int byte) {
   if (stream->file) PutByte(byte & 0xFF, stream->file);
 }

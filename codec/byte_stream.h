@@ -20,10 +20,6 @@ int MyGetc(MyFILE* stream);
 // The next `count` bytes, as `count` calls of `MyGetc` would give them.
 void ReadBytes(MyFILE* stream, uint8_t* bytes, int64_t count);
 
-// The bytes that there are in a stream for reading, read or not. Of a file whose size cannot be known, such as a
-// pipe, those read so far.
-int64_t StreamSize(const MyFILE* stream);
-
 // Writes the low 8 bits of `byte` to a file stream; does nothing on a memory stream. Errors are not reported.
 void MyPutc(MyFILE* stream, int byte);
 

@@ -5,46 +5,70 @@
 
 #include "codec/memory.h"
 
-GifPalette* NewPalette(int32_t count) {
-  GifPalette* palette = NewRecord<GifPalette>();
-  if (!palette || count < 1) return palette;
+namespace {
+
+struct DocumentPiece {
+  Gif gif;
+  GifScreen screen;
+  GifPalette palette;
+};
+
+struct ExtensionPiece {
+  GifBlock block;
+  GifExtension extension;
+};
+
+struct PicturePiece {
+  ExtensionPiece with_extension;
+  GifPicture picture;
+  GifPalette palette;
+};
+
+}  // namespace
+
+bool MakeColours(GifPalette* palette, int32_t count) {
+  if (count < 1) return true;
   palette->colours = NewRecord<Colour>(static_cast<size_t>(count));
-  if (!palette->colours) {
-    std::free(palette);
-    return nullptr;
-  }
-  palette->count = count;
-  return palette;
+  palette->count = palette->colours ? count : 0;
+  return palette->colours != nullptr;
 }
 
-void DeletePalette(GifPalette* palette) {
-  if (!palette) return;
-  std::free(palette->colours);
-  std::free(palette);
+GifBlock* NewGifBlock(bool with_picture, bool with_extension) {
+  void* memory = AllocateZeroed(1, with_picture ? sizeof(PicturePiece) : sizeof(ExtensionPiece));
+  if (!memory) return nullptr;
+  auto* block = &static_cast<ExtensionPiece*>(memory)->block;
+  if (with_extension) block->extension = &static_cast<ExtensionPiece*>(memory)->extension;
+  if (!with_picture) return block;
+  auto* piece = static_cast<PicturePiece*>(memory);
+  block->picture = &piece->picture;
+  piece->picture.cmap = &piece->palette;
+  return block;
 }
 
-GifPicture* NewPicture() {
-  GifPicture* picture = NewRecord<GifPicture>();
-  if (!picture) return nullptr;
-  picture->cmap = NewPalette(0);
-  if (picture->cmap) return picture;
-  std::free(picture);
-  return nullptr;
-}
-
-void DeletePicture(GifPicture* picture) {
+void DropPicture(GifBlock* block) {
+  GifPicture* picture = block->picture;
   if (!picture) return;
-  DeletePalette(picture->cmap);
-  std::free(picture->pixels);
-  std::free(picture->data);
-  std::free(picture);
+  if (picture->cmap) std::free(picture->cmap->colours);
+  std::free(picture->memory);
+  if (picture->tail) std::free(picture->tail->runs), std::free(picture->tail->pixels);
+  std::free(picture->tail);
+  block->picture = nullptr;
 }
 
-void DeleteGifData(GifData* data) {
-  if (!data) return;
-  std::free(data->bytes);
-  std::free(data);
+void DeleteGifBlock(GifBlock* block) {
+  if (!block) return;
+  DropPicture(block);
+  if (block->extension) DeleteSubBlocks(block->extension);
+  std::free(block);
 }
+
+GifData* NewGifData(int32_t length) {
+  auto* data = static_cast<GifData*>(std::malloc(sizeof(GifData) + static_cast<size_t>(length)));
+  if (data) *data = {length, reinterpret_cast<uint8_t*>(data + 1)};
+  return data;
+}
+
+void DeleteGifData(GifData* data) { std::free(data); }
 
 void DeleteBlocks(Gif* gif) {
   for (int32_t i = 0; gif->blocks && i < gif->count; ++i) DeleteGifBlock(gif->blocks[i]);
@@ -61,28 +85,17 @@ void DeleteSubBlocks(GifExtension* extension) {
 }
 
 Gif* NewGif() {
-  Gif* gif = NewRecord<Gif>();
-  if (!gif) return nullptr;
-  std::memcpy(gif->header, "GIF87a", 6);
-  gif->screen = NewRecord<GifScreen>();
-  if (gif->screen) gif->screen->cmap = NewPalette(0);
-  if (gif->screen && gif->screen->cmap) return gif;
-  DeleteGif(gif);
-  return nullptr;
-}
-
-void DeleteGifBlock(GifBlock* block) {
-  if (!block) return;
-  DeletePicture(block->picture);
-  if (block->extension) DeleteSubBlocks(block->extension);
-  std::free(block->extension);
-  std::free(block);
+  auto* piece = NewRecord<DocumentPiece>();
+  if (!piece) return nullptr;
+  std::memcpy(piece->gif.header, "GIF87a", 6);
+  piece->gif.screen = &piece->screen;
+  piece->screen.cmap = &piece->palette;
+  return &piece->gif;
 }
 
 void DeleteGif(Gif* gif) {
   if (!gif) return;
-  if (gif->screen) DeletePalette(gif->screen->cmap);
-  std::free(gif->screen);
+  if (gif->screen->cmap) std::free(gif->screen->cmap->colours);
   DeleteBlocks(gif);
   std::free(gif);
 }

@@ -2,7 +2,7 @@
 
 // A GIF document in memory: a tree of plain records, one `Gif` at its root.
 //
-// Every record, array and row is zero-filled when it is made and has exactly one owner; pointers own what they name.
+// Every record and array is zero-filled when it is made and has exactly one owner; pointers own what they name.
 // A null array goes with a count of 0. The whole tree is released by `DeleteGif`; trees built only in part are
 // accepted as well. Bit fields of the descriptors are unpacked into plain integers, so that a document read and
 // written again keeps its values. Sections are those of the GIF89a definition.
@@ -38,6 +38,23 @@ struct GifScreen {
   GifPalette* cmap;    // the global colour table; null only in documents assembled for saving
 };
 
+// Neighbouring rows of damaged data that got equally many pixels.
+struct GifRowRun {
+  int64_t place;    // of the first row's pixels in the tail's
+  int32_t first;    // the first row's position in the file; the rows go on to the next run, or to the image's end
+  uint16_t length;  // pixels of each row; all others are 0
+  bool alike;       // the first row's pixels are those of all; else they lie back to back
+};
+
+// The rows of an image from the first on that ended early: each as long as it got, so that memory follows what was
+// decoded and not what the descriptor claims.
+struct GifRowTail {
+  int32_t count;  // 1 or more
+  GifRowRun* runs;
+  uint8_t* pixels;
+  int64_t size;  // bytes at `pixels`
+};
+
 // An image: descriptor, local colour table and pixels (sections 20 to 22).
 struct GifPicture {
   int32_t left;        // pixels from the logical screen's left edge
@@ -50,11 +67,13 @@ struct GifPicture {
   int32_t reserved;    // the two reserved bits, 0 to 3, kept for writing
   int32_t cmap_depth;  // bits per index of the local table, 1 to 8; 0 without one
   GifPalette* cmap;    // the local colour table (empty without one); null only in documents assembled for saving
-  // `height` row pointers, top row first in display order; null when `height` is 0 or less. Each row is `width`
-  // bytes, one colour index per pixel, left to right; null when `width` is 0 or less. The rows are one piece of
-  // memory, `pixels`; `width` and `height` must not change while there are rows.
-  uint8_t** data;
-  uint8_t* pixels;  // where the rows lie, in file order
+  // The pixels, one colour index each, row after row, left to right: `RowReader` (codec/picture_rows.h) gives them.
+  // What neither `pixels` nor `tail` holds is 0. `width` and `height` must not change while there are pixels.
+  int32_t in_passes;      // 1 when the rows lie in the order of the four passes, 0 when the top row comes first
+  const uint8_t* pixels;  // of the first rows, back to back
+  int64_t pixel_count;    // at `pixels`; the last row may be short
+  void* memory;           // what `pixels` lies in, owned; null when the bytes are borrowed from a script's block
+  GifRowTail* tail;       // the rows of damaged data; null without any
 };
 
 // One data sub-block (section 15).
@@ -84,23 +103,26 @@ struct Gif {
   GifBlock** blocks;  // in file order
 };
 
-// Every `New...` gives null without memory; every `Delete...` accepts null.
+// Records that always come together are one piece of memory, released together: a document with its screen and
+// palette, a block with what it holds, a sub-block with its bytes. Every `New...` gives null without memory; every
+// `Delete...` accepts null.
 
 // An empty document: header "GIF87a", a screen of zeros with an empty palette, no blocks.
 Gif* NewGif();
 void DeleteGif(Gif* gif);
 
-// A block that is in no document.
+// A block that is in no document, of zeros: with a picture that has an empty palette, an extension, both or neither.
+GifBlock* NewGifBlock(bool with_picture, bool with_extension);
 void DeleteGifBlock(GifBlock* block);
 
-// A palette of `count` zero entries; without an array when `count` is below 1.
-GifPalette* NewPalette(int32_t count);
-void DeletePalette(GifPalette* palette);
+// Takes the picture out of a block and releases its colours and pixels.
+void DropPicture(GifBlock* block);
 
-// A picture of zeros with an empty palette and no rows.
-GifPicture* NewPicture();
-void DeletePicture(GifPicture* picture);
+// Gives an empty palette `count` zero entries, or none when `count` is below 1. False without memory.
+bool MakeColours(GifPalette* palette, int32_t count);
 
+// A sub-block whose bytes are still to be filled in.
+GifData* NewGifData(int32_t length);
 void DeleteGifData(GifData* data);
 
 // Release what a list holds and the list itself, leaving a count of 0.

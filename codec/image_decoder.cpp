@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <array>
+#include <cstdlib>
 #include <cstring>
 #include <numeric>
 
 #include "codec/lzw_decoder.h"
+#include "codec/memory.h"
 #include "codec/picture_rows.h"
 #include "platform/compiler.h"
 
@@ -21,11 +23,11 @@
 namespace {
 
 // Copies run over: by 15 bytes after a short string, by 31 after a long one. They read as far.
-constexpr uint64_t kShortStep = 8, kStep = 16, kLongStep = 32;
+constexpr uint64_t kStep = 16, kLongStep = 32;
+constexpr uint64_t kSpare = kLongStep;  // bytes behind the last pixel
 
-// The strings of single pixels lie behind the image, out of reach for a copy at its end.
-constexpr uint64_t kSinglesAfter = kLongStep;
-static_assert(kPixelSpare >= kSinglesAfter + 256 + kStep);
+// The strings of single pixels lie before the image: places are counted from the first of them.
+constexpr uint64_t kFirstPixel = 256;
 
 constexpr auto kSingles = [] {
   std::array<uint8_t, 256> pixels{};
@@ -48,14 +50,10 @@ inline void CopyStep(uint8_t* to, const uint8_t* from) {
   }
 }
 
-// Most strings are a few pixels long. Reading no more than needed also keeps clear of pixels just written,
-// for which the processor would have to wait.
 inline void CopyForward(uint8_t* to, const uint8_t* from, uint64_t length) {
-  CopyStep<kShortStep>(to, from);
-  if (length > kShortStep) [[unlikely]] {
-    CopyStep<kStep>(to, from);
-    if (length > kStep) CopyLong(to + kStep, from + kStep, length - kStep);
-  }
+  CopyStep<kStep>(to, from);
+  if (length > kStep) [[unlikely]]
+    CopyLong(to + kStep, from + kStep, length - kStep);
 }
 
 inline uint64_t Load64(const uint8_t* bytes) {
@@ -82,7 +80,7 @@ constexpr int32_t kBatch = 4, kLoad = 8;
 
 // A string in the image, and the code that put it there. As a table entry it is one pixel longer.
 struct String {
-  uint32_t place;   // of its first pixel, counted from the image's
+  uint32_t place;   // of its first pixel
   uint16_t length;  // pixels; 0: no string
   uint16_t code;
 };
@@ -99,11 +97,12 @@ struct RowStart {
 
 class ImageDecoder {
  public:
-  ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height,
-               bool zeroed);
-  void Decode();
+  ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture);
+  bool Decode();
 
  private:
+  bool MakeRoom(uint64_t room);
+  bool NeedsRoom() const { return room_ < total_ && room_ - done_ < kBatch * kTableSize; }
   bool HasBatch() const;
   template <bool kNearEnd>
   void DecodeBatches();
@@ -115,57 +114,79 @@ class ImageDecoder {
   int32_t CodesSinceClear() const { return next_ - end_code_; }
   String SinceClear(int32_t index) const;
   int32_t FirstOfRow(uint64_t row) const;
+  uint64_t Column() const { return (done_ - kFirstPixel) % width_; }
   void SaveRow();
   GifDecoder Exact() const;
-  void HandOver();
+  bool HandOver();
+  void KeepWholeRows();
+  bool ReadTail(GifDecoder* exact, uint8_t* line, int32_t got);
 
   MyFILE* stream_;
   CodeInput* input_;
+  GifPicture* picture_;
   int32_t code_size_, clear_code_, end_code_;  // as `GifDecoder` has them
   int32_t code_width_, width_limit_;
-  uint8_t* pixels_;
   uint64_t width_;
-  uint64_t total_;           // pixels of the image
-  bool zeroed_;              // pixels not reached yet are 0
-  uint64_t done_ = 0;        // pixels decoded
-  uint64_t cleared_at_ = 0;  // `done_` at the last clear code
-  String latest_{};          // by the previous code
+  uint64_t total_;                     // the place behind the image's last pixel
+  uint64_t room_ = 0;                  // the place behind the last pixel that there is memory for
+  uint8_t* memory_ = nullptr;          // the single pixels, the image, `kSpare` bytes
+  uint64_t done_ = kFirstPixel;        // the place behind the last pixel decoded
+  uint64_t cleared_at_ = kFirstPixel;  // `done_` at the last clear code
+  String latest_{};                    // by the previous code
   int32_t next_;  // the entry that the next code defines; `end_code_`, standing for none, after a clear code
   RowStart row_;  // of the row in which the last clear code came
   String strings_[kTableSize];
 };
 
-static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 72 * 1024);  // all lie on the stack
+static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 96 * 1024);  // all lie on the stack
 
-ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width,
-                           int32_t height, bool zeroed)
+ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture)
     : stream_(stream),
       input_(input),
+      picture_(picture),
       code_size_(code_size),
       clear_code_(1 << code_size),
       end_code_(clear_code_ + 1),
-      pixels_(pixels),
-      width_(static_cast<uint64_t>(width)),
-      total_(width_ * static_cast<uint64_t>(height)),
-      zeroed_(zeroed) {
+      width_(static_cast<uint64_t>(picture->width)),
+      total_(kFirstPixel + width_ * static_cast<uint64_t>(picture->height)) {
   RestartCodes();
   row_.stack_depth = 0;
-  const auto singles = static_cast<uint32_t>(total_ + kSinglesAfter);
-  std::memcpy(pixels_ + singles, kSingles.data(), kSingles.size());
   const auto clear_code = static_cast<uint32_t>(clear_code_);
-  for (uint32_t code = 0; code < clear_code; ++code) strings_[code] = {singles + (code & 0xFF), 1, 0};
+  for (uint32_t code = 0; code < clear_code; ++code) strings_[code] = {code & 0xFF, 1, 0};
   strings_[clear_code] = {};
   strings_[clear_code + 1] = {};
 }
 
-void ImageDecoder::Decode() {
+// Makes or moves the memory. False, with nothing changed, when there is not so much.
+bool ImageDecoder::MakeRoom(uint64_t room) {
+  void* memory = std::realloc(memory_, room + kSpare);
+  if (!memory) return false;
+  picture_->memory = memory;
+  memory_ = static_cast<uint8_t*>(memory);
+  room_ = room;
+  return true;
+}
+
+// An image that the data may fill gets its memory at once. Another grows as it is decoded: a hostile file names a
+// large image in a few bytes.
+bool ImageDecoder::Decode() {
+  constexpr uint64_t kMostPixelsPerByte = 8192;  // several times what data of this format achieve
+  constexpr uint64_t kLeastRoom = 4 * kBatch * kTableSize;
+  if (!input_->Gather(stream_)) return true;
+  const uint64_t likely = static_cast<uint64_t>(input_->block_len) * kMostPixelsPerByte;
+  if (!MakeRoom(std::min(total_, kFirstPixel + std::max(likely, kLeastRoom)))) return false;
+  std::memcpy(memory_, kSingles.data(), kSingles.size());
   while (done_ < total_) {
+    if (NeedsRoom() && !MakeRoom(std::min(total_, 2 * room_))) return false;
     if (HasBatch()) {
       DecodeBatches<false>();
-      DecodeBatches<true>();
+      if (room_ == total_) DecodeBatches<true>();
+      if (NeedsRoom()) continue;
     }
     if (done_ < total_ && !DecodeOne()) return HandOver();
   }
+  KeepWholeRows();
+  return true;
 }
 
 // Whether there are bits for several codes of one width, and a string that the first of them makes an entry of.
@@ -182,8 +203,8 @@ void ImageDecoder::DecodeBatches() {
   const int32_t width = code_width_;
   const uint64_t mask = (uint64_t{1} << width) - 1;
   const int64_t last_next = width_limit_ - 1 - kBatch;
-  const uint64_t total = total_;
-  uint8_t* const pixels = pixels_;
+  const uint64_t room = room_;
+  uint8_t* const pixels = memory_;
   String* const strings = strings_;
   const uint8_t* in = input_->block + input_->block_pos;
   const uint8_t* const in_end = input_->block + input_->block_len;
@@ -197,7 +218,7 @@ void ImageDecoder::DecodeBatches() {
     const auto code = static_cast<int64_t>(buffer & mask);
     strings[next] = Entry(latest);
     const uint64_t length = strings[code].length;
-    if (length == 0 || (kNearEnd && length > total - done)) return false;
+    if (length == 0 || (kNearEnd && length > room - done)) return false;
     uint8_t* const to = pixels + done;
     const uint8_t* const from = pixels + strings[code].place;
     if (code >= next) [[unlikely]] {
@@ -213,7 +234,7 @@ void ImageDecoder::DecodeBatches() {
     return true;
   };
   bool sound = true;
-  while (sound && next <= last_next && in_end - in >= kLoad && (kNearEnd || total - done >= kBatch * kTableSize)) {
+  while (sound && next <= last_next && in_end - in >= kLoad && (kNearEnd || room - done >= kBatch * kTableSize)) {
     // Bits above `bits` are those that the next load brings once more.
     buffer |= Load64(in) << bits;
     in += (63 - bits) >> 3;
@@ -252,8 +273,8 @@ bool ImageDecoder::DecodeOne() {
 // Puts a code's string into the image, as much of it as there is room for. The code has defined its entry.
 void ImageDecoder::Append(int32_t code, uint64_t place, uint64_t length) {
   const uint64_t fitting = std::min(length, total_ - done_);
-  CopyForward(pixels_ + done_, pixels_ + place, fitting);
-  if (code == next_ && fitting == length) pixels_[done_ + length - 1] = pixels_[done_];
+  CopyForward(memory_ + done_, memory_ + place, fitting);
+  if (code == next_ && fitting == length) memory_[done_ + length - 1] = memory_[done_];
   latest_ = {static_cast<uint32_t>(done_), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
   done_ += fitting;
   if (++next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
@@ -295,7 +316,7 @@ int32_t ImageDecoder::FirstOfRow(uint64_t row) const {
 
 // Brings `row_` up to the present row.
 void ImageDecoder::SaveRow() {
-  const uint64_t row = done_ - done_ % width_;
+  const uint64_t row = done_ - Column();
   int32_t first = 0;
   if (row > cleared_at_) {
     first = FirstOfRow(row);
@@ -309,7 +330,7 @@ void ImageDecoder::SaveRow() {
   for (int32_t i = CodesSinceClear() - 1; i >= first && filled < depth; --i) {
     const String string = SinceClear(i);
     if (string.code < clear_code_) continue;
-    const uint8_t* last = pixels_ + string.place + string.length - 1;
+    const uint8_t* last = memory_ + string.place + string.length - 1;
     const uint64_t end = std::min<uint64_t>(string.length, depth);
     for (; filled < end; ++filled) row_.stack[filled] = *(last - filled);
   }
@@ -328,31 +349,63 @@ GifDecoder ImageDecoder::Exact() const {
   std::copy_n(row_.stack, row_.stack_depth, exact.stack);
   for (int32_t entry = end_code_ + 1; entry < next_; ++entry) {
     const String string = strings_[entry];
-    exact.prefix[entry] = string.code;
-    exact.suffix[entry] = pixels_[string.place + string.length - 1];
+    DefineEntry(&exact, entry, string.code, memory_[string.place + string.length - 1]);
   }
   return exact;
 }
 
+// Gives the picture the rows decoded so far, without the row begun.
+void ImageDecoder::KeepWholeRows() {
+  const uint64_t end = done_ - Column();
+  if (end == kFirstPixel) {
+    std::free(memory_);
+    picture_->memory = nullptr;
+    return;
+  }
+  if (end < room_) Shrink(memory_, end);
+  picture_->memory = memory_;
+  picture_->pixels = memory_ + kFirstPixel;
+  picture_->pixel_count = static_cast<int64_t>(end - kFirstPixel);
+}
+
+// The row decoder's rows, of which the first got so many pixels and the others are still to be read.
+bool ImageDecoder::ReadTail(GifDecoder* exact, uint8_t* line, int32_t got) {
+  GifRowTail* tail = picture_->tail = NewRecord<GifRowTail>();
+  if (!tail) return false;
+  const int32_t width = picture_->width;
+  auto position = static_cast<int32_t>((done_ - kFirstPixel) / width_);
+  bool for_good = false;
+  while (AddRow(tail, position++, {line, got}, for_good)) {
+    if (for_good || position == picture_->height) {
+      TrimTail(tail);
+      return true;
+    }
+    for_good = OnlyZerosFollow(exact) || RepeatsForGood(exact, width);
+    got = OnlyZerosFollow(exact) ? 0 : ReadGifLine(stream_, exact, line, width);
+  }
+  return false;
+}
+
 // Lets the row decoder finish the image from here.
-[[gnu::noinline]] void ImageDecoder::HandOver() {
+[[gnu::noinline]] bool ImageDecoder::HandOver() {
+  const Owned<uint8_t> line(static_cast<uint8_t*>(std::malloc(width_)));
+  if (!line) return false;
   SaveRow();
   GifDecoder exact = Exact();
-  const uint64_t touched = zeroed_ ? std::min(done_ + kLongStep, total_) : total_;
-  std::fill(pixels_ + done_, pixels_ + touched, uint8_t{0});
-
-  const auto width = static_cast<int32_t>(width_);
-  const uint64_t column = done_ % width_;
-  uint8_t* line = pixels_ + (done_ - column);
+  const uint64_t column = Column();
+  std::memcpy(line.get(), memory_ + done_ - column, column);
+  KeepWholeRows();
   const int32_t last_code = next_ == end_code_ ? kNoCode : latest_.code;
-  ContinueGifLine(stream_, &exact, line, width, static_cast<int32_t>(column), last_code);
-  while ((line += width) < pixels_ + total_ && !OnlyZerosFollow(&exact)) ReadGifLine(stream_, &exact, line, width);
+  const int32_t got =
+      ContinueGifLine(stream_, &exact, line.get(), picture_->width, static_cast<int32_t>(column), last_code);
+  const bool kept = ReadTail(&exact, line.get(), got);
   input_->data_ended = exact.input.data_ended;
+  return kept;
 }
 
 }  // namespace
 
-void DecodeImage(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height,
-                 bool zeroed) {
-  ImageDecoder(stream, input, code_size, pixels, width, height, zeroed).Decode();
+bool DecodeImage(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture) {
+  picture->in_passes = picture->interlace;
+  return ImageDecoder(stream, input, code_size, picture).Decode();
 }

@@ -6,10 +6,9 @@
 
 #include "codec/byte_stream.h"
 #include "codec/code_input.h"
+#include "codec/document.h"
 
-// Decodes `height` rows of `width` pixels each, both above 0 and below 65536, in file order. `input` is as `Start`
-// leaves it, or has gathered some of the image's sub-blocks already; `code_size` is the data's minimum code size, 0
-// to `kMaxMinimumCodeSize`. Every pixel is set, to 0 where the data give none; pixels that the caller has `zeroed`
-// are not touched for that. Behind the last pixel there are `kPixelSpare` bytes.
-void DecodeImage(MyFILE* stream, CodeInput* input, int32_t code_size, uint8_t* pixels, int32_t width, int32_t height,
-                 bool zeroed);
+// Gives a picture of 1 to 65535 pixels each way the pixels of its data, in file order: as many as the data give, so
+// that memory follows what is decoded. `input` is as `Start` leaves it; `code_size` is the data's minimum code size,
+// 0 to `kMaxMinimumCodeSize`. False without memory; the picture may then have got part of its pixels.
+bool DecodeImage(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture);

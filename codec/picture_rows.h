@@ -1,19 +1,43 @@
 #pragma once
 
-// The pixel rows of an image, and where they lie.
+// Where the pixel rows of an image lie, and reading them whatever there is of them.
 
 #include <cstdint>
 
 #include "codec/document.h"
+#include "codec/memory.h"
 
-// Bytes behind an image's last pixel, in the same piece of memory, for whoever fills the rows to work with.
-constexpr int32_t kPixelSpare = 320;
-
-// Makes `data` and the rows for the picture's `width`, `height` and `interlace`. Nothing is made (and the
-// result is true) when `height` is below 1; null rows when `width` is.
-enum class RowContents { kZeros, kUnset };  // unset: whoever asks sets every pixel
-bool MakeRows(GifPicture* picture, RowContents contents = RowContents::kZeros);
-
-// The row of the image that stands at position `index` (0 to `height` - 1) in the file: the four passes of
-// GIF89a, appendix E, when interlaced.
+// The row of the image that stands at position `index` (0 to `height` - 1) in the file: the four passes of GIF89a,
+// appendix E, when interlaced. And back.
 int32_t DisplayRow(int32_t height, bool interlaced, int32_t index);
+int32_t FilePosition(int32_t height, bool interlaced, int32_t row);
+
+// Gives the rows of an image whole. The picture is borrowed and must not change meanwhile.
+class RowReader {
+ public:
+  explicit RowReader(const GifPicture* picture) : picture_(picture) {}
+
+  // The `width` pixels of a row, counted from the top one; good until the next call. They stand where the picture
+  // keeps them or, of a row that got fewer, completed by zeros in a buffer of the reader's own. Null for a row that
+  // the picture does not have or that has no width, and without memory for the buffer.
+  const uint8_t* Row(int64_t row);
+
+ private:
+  const GifPicture* picture_;
+  Owned<uint8_t> buffer_;  // zeros but for its first `used_` bytes
+  int32_t used_ = 0;
+};
+
+// --- Keeping them ----------------------------------------------------------------------------------------------
+
+// The pixels that a row got.
+struct RowPixels {
+  const uint8_t* pixels;
+  int32_t length;
+};
+
+// Adds the row at the next position to a tail. `for_good`: all rows to come are like it. False without memory.
+bool AddRow(GifRowTail* tail, int32_t position, RowPixels row, bool for_good = false);
+
+// Gives back the memory that was kept for rows to come.
+void TrimTail(GifRowTail* tail);

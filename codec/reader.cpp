@@ -8,8 +8,6 @@
 #include "codec/format.h"
 #include "codec/image_decoder.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
-#include "codec/row_budget.h"
 #include "codec/sub_blocks.h"
 
 static int32_t ReadWord(MyFILE* stream) {
@@ -51,25 +49,13 @@ static void ReadScreen(MyFILE* stream, GifScreen* screen) {
 
 GifData* ReadGifData(MyFILE* stream) {
   const int32_t length = BeginSubBlock(stream);
-  if (length == 0) return nullptr;
-  GifData* data = NewRecord<GifData>();
-  if (!data) return nullptr;
-  data->length = length;
-  data->bytes = NewRecord<uint8_t>(static_cast<size_t>(length));
-  if (!data->bytes) {
-    DeleteGifData(data);
-    return nullptr;
-  }
-  ReadBytes(stream, data->bytes, length);
+  GifData* data = length > 0 ? NewGifData(length) : nullptr;
+  if (data) ReadBytes(stream, data->bytes, length);
   return data;
 }
 
-static void ReadExtension(MyFILE* stream, GifBlock* block) {
-  const int marker = MyGetc(stream);
-  GifExtension* extension = NewRecord<GifExtension>();
-  block->extension = extension;
-  if (!extension) return SkipSubBlocks(stream);
-  extension->marker = marker;
+static void ReadExtension(MyFILE* stream, GifExtension* extension) {
+  extension->marker = MyGetc(stream);
   while (GifData* data = ReadGifData(stream)) {
     if (!GrowList(extension->data, extension->count)) {
       DeleteGifData(data);
@@ -80,8 +66,7 @@ static void ReadExtension(MyFILE* stream, GifBlock* block) {
   }
 }
 
-// The descriptor and the local colour table, into a picture whose palette the caller provides. Read in full
-// also when it returns false for want of memory.
+// The descriptor and the local colour table, read in full also when it returns false for want of memory.
 static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
   picture->left = ReadWord(stream);
   picture->top = ReadWord(stream);
@@ -98,65 +83,39 @@ static bool ReadImageDescriptor(MyFILE* stream, GifPicture* picture) {
   return ReadGifPalette(stream, picture->cmap);
 }
 
-// Whether the sub-blocks gathered could begin an image that size. Only then are its pixels worth touching
-// before there is something to put into them: a hostile file names a large image in a few bytes.
-static bool MayFill(const CodeInput& input, const GifPicture& picture) {
-  constexpr int64_t kMostPixelsPerByte = 8192;  // several times what data of this format achieve
-  return int64_t{picture.width} * picture.height <= input.block_len * kMostPixelsPerByte;
-}
-
-// The image's data from its minimum code size on, into rows made for the picture. Without a picture it is passed
-// over. False when there is no memory for rows, or no more to be spent on them.
-static bool ReadImageData(MyFILE* stream, GifPicture* picture, RowBudget* budget) {
+// The image's data from its minimum code size on. When the pixels are not wanted they are passed over. False when
+// there is no memory for them.
+static bool ReadImageData(MyFILE* stream, GifPicture* picture, bool wanted) {
   CodeInput input;
   input.Start();
   const int32_t code_size = MyGetc(stream);
-  bool made = false;
-  if (picture) {
-    input.Gather(stream);
-    const bool zeroed = code_size > kMaxMinimumCodeSize || !MayFill(input, *picture);
-    made = budget->Spend(picture->width, picture->height) &&
-           MakeRows(picture, zeroed ? RowContents::kZeros : RowContents::kUnset);
-    if (made && picture->pixels && code_size <= kMaxMinimumCodeSize) {
-      DecodeImage(stream, &input, code_size, picture->pixels, picture->width, picture->height, zeroed);
-    }
-  }
+  const bool decodes = wanted && picture->width > 0 && picture->height > 0 && code_size <= kMaxMinimumCodeSize;
+  const bool made = !decodes || DecodeImage(stream, &input, code_size, picture);
   if (!input.data_ended) SkipSubBlocks(stream);
   return made;
 }
 
 // An image is read to its end with or without memory for it, so that the next block is found.
-static void ReadImage(MyFILE* stream, GifBlock* block, RowBudget* budget) {
-  GifPalette no_palette{};
-  GifPicture no_picture{};
-  no_picture.cmap = &no_palette;
-
-  GifPicture* picture = NewPicture();
-  const bool described = ReadImageDescriptor(stream, picture ? picture : &no_picture);
-  if (ReadImageData(stream, described ? picture : nullptr, budget)) {
-    block->picture = picture;
-  } else {
-    DeletePicture(picture);
-  }
-  std::free(no_palette.colours);
+static void ReadImage(MyFILE* stream, GifBlock* block) {
+  const bool described = ReadImageDescriptor(stream, block->picture);
+  const bool made = ReadImageData(stream, block->picture, described);
+  if (!described || !made) DropPicture(block);
 }
 
 // The next block; null after the last one, or without memory.
-static GifBlock* ReadBlock(MyFILE* stream, RowBudget* budget) {
-  GifBlock* block = NewRecord<GifBlock>();
+static GifBlock* ReadBlock(MyFILE* stream) {
+  const int32_t intro = MyGetc(stream);
+  const bool image = intro == kImageIntroducer;
+  if (!image && intro != kExtensionIntroducer) return nullptr;
+  GifBlock* block = NewGifBlock(image, !image);
   if (!block) return nullptr;
-  block->intro = MyGetc(stream);
-  switch (block->intro) {
-    case kExtensionIntroducer:
-      ReadExtension(stream, block);
-      return block;
-    case kImageIntroducer:
-      ReadImage(stream, block, budget);
-      return block;
-    default:
-      DeleteGifBlock(block);
-      return nullptr;
+  block->intro = intro;
+  if (image) {
+    ReadImage(stream, block);
+  } else {
+    ReadExtension(stream, block->extension);
   }
+  return block;
 }
 
 // Takes the block over. When the list cannot grow, it is emptied and the block dropped.
@@ -174,6 +133,5 @@ void ReadGif(MyFILE* stream, Gif* gif) {
   ReadBytes(stream, reinterpret_cast<uint8_t*>(gif->header), 6);
   if (std::memcmp(gif->header, "GIF87a", 6) != 0 && std::memcmp(gif->header, "GIF89a", 6) != 0) return;
   ReadScreen(stream, gif->screen);
-  RowBudget budget(stream);
-  while (GifBlock* block = ReadBlock(stream, &budget)) AppendBlock(gif, block);
+  while (GifBlock* block = ReadBlock(stream)) AppendBlock(gif, block);
 }

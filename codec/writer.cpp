@@ -4,11 +4,11 @@
 #include <bit>
 #include <cstdlib>
 #include <functional>
-#include <memory>
 #include <numeric>
 
 #include "codec/format.h"
 #include "codec/lzw_encoder.h"
+#include "codec/memory.h"
 #include "codec/picture_rows.h"
 #include "codec/sub_blocks.h"
 #include "codec/tolerance.h"
@@ -69,14 +69,25 @@ void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
   if (picture->has_cmap) WritePalette(stream, picture->cmap);
 }
 
+// No image of a file has more; one that a script claims would take for ever.
+constexpr int64_t kMostPixels = int64_t{65535} * 65535;
+
+// Calls `use` with the rows of a picture, in file order.
+template <typename Use>
+void ForEachRow(const GifPicture* picture, Use use) {
+  if (picture->width < 1 || int64_t{picture->height} * picture->width > kMostPixels) return;
+  RowReader rows(picture);
+  for (int32_t i = 0; i < picture->height; ++i) {
+    const uint8_t* row = rows.Row(DisplayRow(picture->height, picture->interlace != 0, i));
+    if (row) use(row);
+  }
+}
+
 // Bits that hold any pixel of a picture.
 int32_t BitsOfPixels(const GifPicture* picture) {
   uint32_t bits = 0;
-  if (!picture->data || picture->width < 1) return 0;
-  for (int32_t i = 0; i < picture->height; ++i) {
-    const uint8_t* row = picture->data[i];
-    if (row) bits = std::accumulate(row, row + picture->width, bits, std::bit_or<>());
-  }
+  ForEachRow(picture,
+             [&](const uint8_t* row) { bits = std::accumulate(row, row + picture->width, bits, std::bit_or<>()); });
   return std::bit_width(bits);
 }
 
@@ -88,26 +99,14 @@ int32_t CodeSize(const GifScreen* screen, const GifPicture* picture) {
   return std::max({depth, needed, kMinimumCodeSize});
 }
 
-void WriteRows(MyFILE* stream, GifEncoder* encoder, const GifPicture* picture) {
-  if (!picture->data || picture->width < 1) return;
-  for (int32_t i = 0; i < picture->height; ++i) {
-    const int32_t row = DisplayRow(picture->height, picture->interlace != 0, i);
-    WriteGifLine(stream, encoder, picture->data[row], picture->width);
-  }
-}
-
-struct Release {
-  void operator()(GifEncoder* encoder) const { std::free(encoder); }
-};
-
 void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* picture) {
   const int32_t code_size = CodeSize(screen, picture);
-  const std::unique_ptr<GifEncoder, Release> encoder(static_cast<GifEncoder*>(std::malloc(sizeof(GifEncoder))));
+  const Owned<GifEncoder> encoder(static_cast<GifEncoder*>(std::malloc(sizeof(GifEncoder))));
   MyPutc(stream, code_size);
   if (!encoder) return EndSubBlocks(stream);  // an image without pixels: what follows stays readable
   StartGifEncoder(encoder.get(), code_size);
   WriteGifCode(stream, encoder.get(), encoder->clear_code);
-  WriteRows(stream, encoder.get(), picture);
+  ForEachRow(picture, [&](const uint8_t* row) { WriteGifLine(stream, encoder.get(), row, picture->width); });
   if (encoder->prefix_code != kNoPrefix) WriteGifCode(stream, encoder.get(), encoder->prefix_code);
   WriteGifCode(stream, encoder.get(), encoder->end_code);
   WriteGifCode(stream, encoder.get(), kFlush);

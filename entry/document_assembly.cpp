@@ -13,7 +13,6 @@
 #include "classes/picture_class.h"
 #include "classes/screen_class.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
 #include "entry/document_holder.h"
 
 namespace {
@@ -40,21 +39,22 @@ Record** Collect(const ObjectList* list, Record* (*make)(const Instance&), int32
   return records;
 }
 
-// A palette of the object's entries; null when `object` is.
-GifPalette* CopyPalette(REALobjectStruct* object) {
-  if (!object) return nullptr;
+// Gives an empty palette the object's entries. False without memory.
+bool CopyPalette(REALobjectStruct* object, GifPalette* palette) {
   const auto& source = *DataOf<GifPaletteInstance>(object);
-  GifPalette* palette =
-      NewPalette(static_cast<int32_t>(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom)));
-  if (palette) std::copy_n(source.colours, palette->count, palette->colours);
-  return palette;
+  const auto count = static_cast<int32_t>(std::clamp<HostInteger>(source.count, 0, GifPaletteInstance::kRoom));
+  if (!MakeColours(palette, count)) return false;
+  std::copy_n(source.colours, palette->count, palette->colours);
+  return true;
 }
 
 void CopyScreen(const GifScreenInstance& source, GifScreen* screen) {
   screen::Fields::Assemble(source, screen);
-  DeletePalette(screen->cmap);
-  screen->cmap = CopyPalette(source.palette);
-  if (source.palette && !screen->cmap) screen->has_cmap = 0;  // what follows would be taken for the table
+  if (!source.palette) {
+    screen->cmap = nullptr;
+  } else if (!CopyPalette(source.palette, screen->cmap)) {
+    screen->has_cmap = 0;  // what follows would be taken for the table
+  }
 }
 
 // At most six characters, over the start of the header that is there.
@@ -63,66 +63,48 @@ void CopyHeader(REALstringStruct* source, char* header) {
   if (text.length() > 0) std::strncpy(header, text.bytes(), static_cast<size_t>(std::min<int64_t>(text.length(), 6)));
 }
 
-// Fills the rows with what the MemoryBlock holds of them.
-void CopyPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
-  const auto* bytes = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(source));
-  int64_t left = bytes ? MemoryBlockSize(source) : 0;
-  for (int32_t row = 0; picture->pixels && row < picture->height && left > 0; ++row) {
-    const int64_t length = std::min<int64_t>(left, picture->width);
-    std::copy_n(bytes, length, picture->data[row]);
-    bytes += length;
-    left -= length;
-  }
+// The picture reads what the MemoryBlock holds of its rows where it stands: the script's object keeps it.
+void BorrowPixels(REALmemoryBlockStruct* source, GifPicture* picture) {
+  picture->pixels = static_cast<const uint8_t*>(MyREALMemoryBlockGetPtr(source));
+  picture->pixel_count = picture->pixels ? MemoryBlockSize(source) : 0;
 }
 
-GifPicture* AssemblePicture(const GifPictureInstance& source) {
-  GifPicture* picture = NewRecord<GifPicture>();
-  if (!picture) return nullptr;
+// False without memory for the palette.
+bool AssemblePicture(const GifPictureInstance& source, GifPicture* picture) {
   picture::Fields::Assemble(source, picture);
-  picture->cmap = CopyPalette(source.palette);
-  if (source.palette && !picture->cmap) {
-    DeletePicture(picture);
-    return nullptr;
+  if (!source.palette) {
+    picture->cmap = nullptr;
+  } else if (!CopyPalette(source.palette, picture->cmap)) {
+    return false;
   }
-  if (MakeRows(picture)) CopyPixels(source.pixel_block, picture);
-  return picture;
+  BorrowPixels(source.pixel_block, picture);
+  return true;
 }
 
 GifData* AssembleData(const GifDataInstance& source) {
   const StringContents contents(source.data_string);
   if (contents.length() < 1 || contents.length() > std::numeric_limits<int32_t>::max()) return nullptr;
-  const auto length = static_cast<size_t>(contents.length());
-  GifData* data = NewRecord<GifData>();
-  if (data) data->bytes = NewRecord<uint8_t>(length);
-  if (!data || !data->bytes) {
-    DeleteGifData(data);
-    return nullptr;
-  }
-  std::memcpy(data->bytes, contents.bytes(), length);
-  data->length = static_cast<int32_t>(length);
+  GifData* data = NewGifData(static_cast<int32_t>(contents.length()));
+  if (data) std::memcpy(data->bytes, contents.bytes(), static_cast<size_t>(contents.length()));
   return data;
 }
 
-GifExtension* AssembleExtension(const GifExtensionInstance& source) {
-  GifExtension* extension = NewRecord<GifExtension>();
-  if (!extension) return nullptr;
+void AssembleExtension(const GifExtensionInstance& source, GifExtension* extension) {
   extension::Fields::Assemble(source, extension);
   extension->data = Collect(source.items, AssembleData, extension->count);
-  return extension;
 }
 
-// Null also when the block should have a picture or an extension for which there is no memory: its introducer
-// alone would spoil what follows.
+// Null without memory, also for the picture's palette: the block's introducer alone would spoil what follows.
 GifBlock* AssembleBlock(const GifBlockInstance& source) {
-  GifBlock* block = NewRecord<GifBlock>();
+  GifBlock* block = NewGifBlock(source.picture != nullptr, source.extension != nullptr);
   if (!block) return nullptr;
   block::Fields::Assemble(source, block);
-  if (source.picture) block->picture = AssemblePicture(*DataOf<GifPictureInstance>(source.picture));
-  if (source.extension) block->extension = AssembleExtension(*DataOf<GifExtensionInstance>(source.extension));
-  const bool complete = (block->picture || !source.picture) && (block->extension || !source.extension);
-  if (complete) return block;
-  DeleteGifBlock(block);
-  return nullptr;
+  if (source.picture && !AssemblePicture(*DataOf<GifPictureInstance>(source.picture), block->picture)) {
+    DeleteGifBlock(block);
+    return nullptr;
+  }
+  if (source.extension) AssembleExtension(*DataOf<GifExtensionInstance>(source.extension), block->extension);
+  return block;
 }
 
 }  // namespace

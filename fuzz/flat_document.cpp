@@ -1,17 +1,39 @@
 #include "fuzz/flat_document.h"
 
+#if defined(__SANITIZE_ADDRESS__)
+#define GIF_FUZZ_SANITIZED 1
+#elif defined(__has_feature)
+#define GIF_FUZZ_SANITIZED (__has_feature(address_sanitizer) || __has_feature(memory_sanitizer))
+#endif
+#if GIF_FUZZ_SANITIZED
+#include <sanitizer/allocator_interface.h>
+#else
+#include <malloc.h>
+#endif
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "tests/oracle/slow_decoder.h"
 
 namespace {
 
 using Document = std::unique_ptr<Gif, decltype(&DeleteGif)>;
+
+// Bytes of the heap in use.
+int64_t HeapInUse() {
+#if GIF_FUZZ_SANITIZED
+  return static_cast<int64_t>(__sanitizer_get_current_allocated_bytes());
+#else
+  const struct mallinfo2 heap = mallinfo2();
+  return static_cast<int64_t>(heap.uordblks + heap.hblkhd);
+#endif
+}
 
 void Require(bool holds, const char* what) {
   if (holds) return;
@@ -38,17 +60,57 @@ void PutPalette(Bytes* flat, const GifPalette* palette) {
   Put(flat, palette ? palette->colours : nullptr, palette ? palette->count * int64_t{sizeof(Colour)} : 0);
 }
 
+// --- Rows: in file order, without the zeros at their ends ---------------------------------------------------------
+
+constexpr int64_t kPixelsLookedAt = 40000;
+
+// Whether the row at that position is compared.
+bool IsLookedAt(int32_t position, int32_t width, int32_t height) {
+  const auto rows = static_cast<uint32_t>(std::max<int64_t>(kPixelsLookedAt / (width + 8), 1));
+  if (position < static_cast<int32_t>(rows) || position == height - 1) return true;
+  const uint32_t random = (static_cast<uint32_t>(position) * 31 + static_cast<uint32_t>(width)) * 0x9E3779B1;
+  return (random >> 16) * static_cast<uint64_t>(height) < uint64_t{rows} << 16;
+}
+
+void PutRow(Bytes* flat, const uint8_t* row, int32_t width) {
+  while (width > 0 && row[width - 1] == 0) --width;
+  Put(flat, row, width);
+}
+
+void PutRows(Bytes* flat, const GifPicture& picture) {
+  RowReader rows(&picture);
+  for (int32_t i = 0; i < picture.height; ++i) {
+    if (!IsLookedAt(i, picture.width, picture.height)) continue;
+    const uint8_t* row = rows.Row(DisplayRow(picture.height, picture.interlace, i));
+    Require((row != nullptr) == (picture.width > 0), "a row that has a width has pixels");
+    PutRow(flat, row, picture.width);
+  }
+}
+
+// The rows as the slow decoder reads them from a stream.
+void PutRowsByOracle(Bytes* flat, MyFILE* stream, oracle::GifDecoder* decoder, int32_t width, int32_t height) {
+  static oracle::GifDecoder before;
+  Bytes row;
+  bool repeats = false;
+  for (int32_t i = 0; i < height; ++i) {
+    if (!repeats) {
+      row.assign(static_cast<size_t>(width), 0);
+      if (decoder->data_ended) before = *decoder;
+      const bool ended = decoder->data_ended;
+      if (width > 0) oracle::ReadGifLine(stream, decoder, row.data(), width);
+      repeats = width < 1 || (ended && oracle::RepeatsForGood(before, *decoder));
+    }
+    if (IsLookedAt(i, width, height)) PutRow(flat, row.data(), width);
+  }
+}
+
 void PutPicture(Bytes* flat, const GifPicture& picture) {
   for (const int32_t field : {picture.left, picture.top, picture.width, picture.height, picture.has_cmap,
                               picture.interlace, picture.sorted, picture.reserved, picture.cmap_depth}) {
     Put(flat, field);
   }
   PutPalette(flat, picture.cmap);
-  Require(picture.data || picture.height < 1, "an image that has a height has rows");
-  for (int32_t row = 0; row < picture.height; ++row) {
-    Require((picture.data[row] != nullptr) == (picture.width > 0), "a row that has a width has pixels");
-    Put(flat, picture.data[row], picture.width);
-  }
+  PutRows(flat, picture);
 }
 
 void PutExtension(Bytes* flat, const GifExtension& extension) {
@@ -60,11 +122,13 @@ void PutExtension(Bytes* flat, const GifExtension& extension) {
 // Reads a file field by field as the format lays it out.
 class OracleReader {
  public:
-  OracleReader(Bytes* file, int64_t limit, bool decodes)
-      : file_(file),
-        limit_(limit),
-        decodes_(decodes),
-        stream_{file->data(), static_cast<int64_t>(file->size()), 0, nullptr} {}
+  explicit OracleReader(const Bytes& file) : stream_{file.data(), static_cast<int64_t>(file.size()), 0, nullptr} {}
+
+  // Makes images small in `file`, whose bytes are read; their pixels are not looked at.
+  OracleReader(Bytes* file, int64_t limit) : OracleReader(*file) {
+    file_ = file;
+    limit_ = limit;
+  }
 
   Bytes Read() {
     uint8_t header[8] = {};
@@ -140,7 +204,7 @@ class OracleReader {
   }
 
   void ReadImage() {
-    LimitImage();
+    if (file_) LimitImage();
     Put(&flat_, Word());
     Put(&flat_, Word());
     const int32_t width = Word();
@@ -153,46 +217,22 @@ class OracleReader {
       Put(&flat_, field);
     }
     ReadPalette(has_table ? 1 << depth : 0);
-    if (decodes_) return PutRows(ReadPixels(width, height), width, height, interlaced);
+    if (!file_) return ReadPixels(width, height);
     Byte();
     while (const int32_t length = Byte()) stream_.position += length;
   }
 
-  Bytes ReadPixels(int32_t width, int32_t height) {
+  void ReadPixels(int32_t width, int32_t height) {
     static oracle::GifDecoder decoder;
     const int32_t code_size = Byte();
-    const bool decodes = code_size <= 11 && width > 0 && height > 0;
-    oracle::SetUp(&decoder, decodes ? code_size : 0);
-    const auto decoded = oracle::ReadImage(&stream_, &decoder, width, decodes ? height : 0);
-    Bytes pixels(static_cast<size_t>(width) * static_cast<size_t>(height));
-    std::copy(decoded.begin(), decoded.end(), pixels.begin());
-    return pixels;
+    oracle::SetUp(&decoder, std::min(code_size, 11));
+    if (code_size > 11) oracle::SkipRest(&stream_, &decoder);
+    PutRowsByOracle(&flat_, &stream_, &decoder, width, height);
+    oracle::SkipRest(&stream_, &decoder);
   }
 
-  void PutRows(const Bytes& pixels, int32_t width, int32_t height, bool interlaced) {
-    std::vector<int32_t> order;  // of the rows in the file
-    if (interlaced) {
-      for (int32_t y = 0; y < height; y += 8) order.push_back(y);
-      for (int32_t y = 4; y < height; y += 8) order.push_back(y);
-      for (int32_t y = 2; y < height; y += 4) order.push_back(y);
-      for (int32_t y = 1; y < height; y += 2) order.push_back(y);
-    } else {
-      for (int32_t y = 0; y < height; ++y) order.push_back(y);
-    }
-    const auto row_size = sizeof(int64_t) + static_cast<size_t>(width);
-    const size_t start = flat_.size();
-    flat_.resize(start + row_size * static_cast<size_t>(height));
-    for (size_t i = 0; i < order.size(); ++i) {
-      const int64_t length = width;
-      uint8_t* row = flat_.data() + start + row_size * static_cast<size_t>(order[i]);
-      std::memcpy(row, &length, sizeof length);
-      if (width > 0) std::memcpy(row + sizeof length, pixels.data() + i * static_cast<size_t>(width), length);
-    }
-  }
-
-  Bytes* file_;
-  int64_t limit_;
-  bool decodes_;
+  Bytes* file_ = nullptr;
+  int64_t limit_ = 0;
   MyFILE stream_;
   Bytes flat_;
   int64_t spent_ = 0;
@@ -220,14 +260,18 @@ Bytes Flatten(const Gif* gif) {
   return flat;
 }
 
-Bytes FlattenByOracle(Bytes* file, int64_t limit) { return OracleReader(file, limit, true).Read(); }
+Bytes FlattenByOracle(const Bytes& file) { return OracleReader(file).Read(); }
 
-void LimitImages(Bytes* file, int64_t limit) { OracleReader(file, limit, false).Read(); }
+void LimitImages(Bytes* file, int64_t limit) { OracleReader(file, limit).Read(); }
 
 Bytes FlattenByReader(const Bytes& file) {
   MyFILE stream = {file.data(), static_cast<int64_t>(file.size()), 0, nullptr};
+  const int64_t before = HeapInUse();
   const Document gif(NewGif(), &DeleteGif);
   ReadGif(&stream, gif.get());
+  constexpr int64_t kForEachByte = 16384, kForEachBlock = 1024;
+  Require(HeapInUse() - before <= (stream.position + 1) * kForEachByte + (gif->count + 1) * kForEachBlock,
+          "memory in proportion to what was read");
   Bytes flat = Flatten(gif.get());
   Put(&flat, stream.position);
   return flat;

@@ -26,13 +26,14 @@ Bytes Flatten(const Gif* gif);
 // The same for the document that a file holds, found without the product's reader and by the slow row decoder alone.
 // At the end, how many of the bytes were read.
 //
-// Once the rows of its images cost more than `limit` bytes, further images are made small in `file` itself.
-Bytes FlattenByOracle(Bytes* file, int64_t limit = 40000);
+// Of an image of more than `kPixelsLookedAt` pixels these are some rows: the first, the last and others here and
+// there.
+Bytes FlattenByOracle(const Bytes& file);
 
-// Makes images small as `FlattenByOracle` does, and no more.
+// Makes images small in a file, once their rows have cost more than `limit` bytes.
 void LimitImages(Bytes* file, int64_t limit);
 
-// The document flattened by the product's reader.
+// The document flattened by the product's reader. The memory that it takes must be in proportion to the file.
 Bytes FlattenByReader(const Bytes& file);
 
 // Ends the program, saying so, when two flat documents differ.

@@ -23,7 +23,28 @@ local function full_table()
     .. table.concat(blocks) .. "\0\x3B"
 end
 
+-- An image of `size` bits whose table fills with ever longer strings, the longest in the last row that is whole; then
+-- codes that damage row after row, or the end of the data.
+local function long_strings(size, width, height, damage)
+  local bytes, blocks, bits, count, code_width = {}, {}, 0, 0, size + 1
+  for code = (1 << size) + 1, 4095 do
+    bits, count = bits | (code < (1 << size) + 2 and 1 or code) << count, count + code_width
+    if code + 1 >= 1 << code_width and code_width < 12 then code_width = code_width + 1 end
+    while count >= 8 do bytes[#bytes + 1], bits, count = string.char(bits & 255), bits >> 8, count - 8 end
+  end
+  local codes = table.concat(bytes) .. string.char(bits) .. damage
+  for at = 1, #codes, 255 do blocks[#blocks + 1] = ("s1"):pack(codes:sub(at, at + 254)) end
+  return "GIF89a" .. ("<I2I2BBB"):pack(9, 9, 0, 0, 0) .. ("<BI2I2I2I2BB"):pack(0x2C, 0, 0, width, height, 0, size)
+    .. table.concat(blocks) .. "\0\x3B"
+end
+
 write("read/full_table", full_table())
+for name, row in pairs {
+  drained_again = { 2, 9017, 65535, "" }, drained_by_codes = { 2, 9017, 65535, ("<I3"):pack(5 | 1 << 12):rep(60) },
+  string_a_row = { 0, 65535, 65535, ("\xFF\xFF\xFE"):rep(60) }, narrow = { 3, 1, 65535, "\x09\x90\x00" },
+} do
+  write("read/" .. name, long_strings(table.unpack(row)))
+end
 for i, bytes in ipairs(documents) do
   local choices = {}
   for n = 1, 150 do choices[n] = string.char(n * n * (i + 6) // 7 & 255) end

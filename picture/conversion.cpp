@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "bridge/host_reference.h"
+#include "codec/picture_rows.h"
 #include "picture/locked_description.h"
 #include "picture/picture_editor.h"
 #include "picture/row_renderer.h"
@@ -41,11 +42,13 @@ PixelTable MaskTable(const PictureWriter& writer, int transparent_index) {
   return table;
 }
 
-// Rows that the image lacks read as index 0, as rows that a file leaves out do.
 REALpictureStruct* Render(PictureWriter& writer, const GifPicture& picture, const PixelTable& table) {
   const RowRenderer renderer(table);
+  RowReader rows(&picture);
   for (int32_t y = 0; y < picture.height; ++y) {
-    writer.WriteRow(renderer, picture.data ? picture.data[y] : nullptr, picture.width);
+    const uint8_t* row = rows.Row(y);
+    if (!row) return nullptr;
+    writer.WriteRow(renderer, row, picture.width);
     writer.NextRow();
   }
   return writer.RenderPictureWriter();

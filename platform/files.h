@@ -2,7 +2,6 @@
 
 // Files, as each system wants to be asked for them. Paths are UTF-8.
 
-#include <cstdint>
 #include <cstdio>
 
 // What stands between a folder and a name in it; each character is one.
@@ -17,9 +16,6 @@ FILE* OpenPath(const char* path, const char* mode);
 
 // True for whatever has that name: a file, a folder, a link that leads nowhere.
 bool IsThere(const char* path);
-
-// The bytes of the file behind a stream; -1 when they cannot be told, as of a pipe.
-int64_t FileSize(FILE* file);
 
 // `getc` and `putc`, without a lock: a stream is one thread's.
 inline int GetByte(FILE* file) {

@@ -48,9 +48,3 @@ FILE* OpenPath(const char* path, const char* mode) {
 }
 
 bool IsThere(const char* path) { return GetFileAttributesW(Wide(path).c_str()) != INVALID_FILE_ATTRIBUTES; }
-
-int64_t FileSize(FILE* file) {
-  LARGE_INTEGER size;
-  const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)));
-  return GetFileType(handle) == FILE_TYPE_DISK && GetFileSizeEx(handle, &size) ? size.QuadPart : -1;
-}

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "codec/document.h"
+#include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "codec/tolerance.h"
 #include "tests/oracle/slow_decoder.h"
@@ -36,7 +37,11 @@ Image ByReader(const Bytes& file) {
   Image image{{}, stream.position};
   if (gif->count == 1 && gif->blocks[0]->picture) {
     const GifPicture* picture = gif->blocks[0]->picture;
-    image.pixels.assign(picture->pixels, picture->pixels + static_cast<size_t>(picture->width) * picture->height);
+    RowReader rows(picture);
+    for (int32_t i = 0; i < picture->height; ++i) {
+      const uint8_t* row = rows.Row(DisplayRow(picture->height, picture->interlace, i));
+      image.pixels.insert(image.pixels.end(), row, row + picture->width);
+    }
   }
   DeleteGif(gif);
   return image;

@@ -136,16 +136,28 @@ void ReadGifLine(MyFILE* stream, GifDecoder* d, unsigned char* line, int len) {
   d->stack_depth = depth;
 }
 
-std::vector<uint8_t> ReadImage(MyFILE* stream, GifDecoder* decoder, int32_t width, int32_t height) {
-  std::vector<uint8_t> pixels(static_cast<size_t>(width) * height);
-  for (int32_t y = 0; y < height; ++y) {
-    ReadGifLine(stream, decoder, pixels.data() + static_cast<size_t>(y) * width, width);
-  }
+void SkipRest(MyFILE* stream, GifDecoder* decoder) {
   while (!decoder->data_ended) {
     const int32_t length = MyGetc(stream);
     for (int32_t i = 0; i < length; ++i) MyGetc(stream);
     decoder->data_ended = length == 0;
   }
+}
+
+bool RepeatsForGood(const GifDecoder& before, const GifDecoder& after) {
+  constexpr int32_t kNothingToDefine = 4098;  // the count only grows, and no entry depends on it any more
+  return before.data_ended && before.block_pos == before.block_len && before.bit_buffer == 0 &&
+         before.code_count >= kNothingToDefine && before.code_width == after.code_width &&
+         before.last_code == after.last_code && before.stack_depth == after.stack_depth &&
+         before.stack == after.stack && before.suffix == after.suffix && before.prefix == after.prefix;
+}
+
+std::vector<uint8_t> ReadImage(MyFILE* stream, GifDecoder* decoder, int32_t width, int32_t height) {
+  std::vector<uint8_t> pixels(static_cast<size_t>(width) * height);
+  for (int32_t y = 0; y < height; ++y) {
+    ReadGifLine(stream, decoder, pixels.data() + static_cast<size_t>(y) * width, width);
+  }
+  SkipRest(stream, decoder);
   return pixels;
 }
 

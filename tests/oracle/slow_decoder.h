@@ -40,6 +40,12 @@ struct GifDecoder {
 void SetUp(GifDecoder* decoder, int32_t code_size);
 void ReadGifLine(MyFILE* stream, GifDecoder* decoder, unsigned char* line, int len);
 
+// Reads the rest of an image's data.
+void SkipRest(MyFILE* stream, GifDecoder* decoder);
+
+// Whether a row beyond the data has left the decoder as it was: all rows after it are like it.
+bool RepeatsForGood(const GifDecoder& before, const GifDecoder& after);
+
 // An image's pixels in file order from the data after its minimum code size. The stream then stands after the
 // data.
 std::vector<uint8_t> ReadImage(MyFILE* stream, GifDecoder* decoder, int32_t width, int32_t height);

@@ -75,7 +75,6 @@ class PictureHost : public LendingHost {
 struct SmallImage {
   std::vector<Colour> colours = {{0, 1, 2, 3}, {0, 11, 12, 13}, {0, 21, 22, 23}, {0, 31, 32, 33}};
   std::vector<uint8_t> pixels = {0, 1, 2, 3, 4, 5, 6, 7};
-  uint8_t* rows[2] = {pixels.data(), pixels.data() + 4};
   GifPalette palette = {4, colours.data()};
   GifPicture image = {};
 
@@ -83,7 +82,8 @@ struct SmallImage {
     image.width = 4;
     image.height = 2;
     image.cmap = &palette;
-    image.data = rows;
+    image.pixels = pixels.data();
+    image.pixel_count = 8;
   }
 };
 
@@ -111,9 +111,9 @@ TEST(Conversion, SurvivesRecordsThatAreNotWhole) {
   EXPECT_EQ(host.Pixel(MakePicture(&gif, &small.image), 1, 1), 0u);
 
   small.image.cmap = &small.palette;
-  small.rows[1] = nullptr;
+  small.image.pixel_count = 4;
   EXPECT_EQ(host.Pixel(MakePicture(nullptr, &small.image), 3, 1), 0x010203u);  // a missing row is all index 0
-  small.image.data = nullptr;
+  small.image.pixel_count = 0;
   EXPECT_EQ(host.Pixel(MakeMask(&small.image, 0), 3, 0), 0xFFFFFFu);
   small.image.height = 0;
   EXPECT_FALSE(MakePicture(nullptr, &small.image));

@@ -74,23 +74,17 @@ local kImage, kLast = kDescriptor .. "\3\x0C\x3C\5\0", "!\2\0"
 local whole = kTable .. kFirst .. kImage .. kLast
 local no_image = kTable .. kFirst .. "," .. kLast
 for n, row in ipairs {
-  { "document" }, { "screen" }, { "palette" },
+  { "document" },
   { "global colours", kStart .. kFirst .. kImage .. kLast },
-  { "block", kTable },
-  { "extension", kTable .. "!" .. kImage .. kLast },
-  { "sub-block", kTable .. "!\1\0" }, { "its bytes", kTable .. "!\1\0" },
+  { "block with its extension", kTable },
+  { "sub-block", kTable .. "!\1\0" },
   { "list of sub-blocks", kTable .. "!\1\0" .. kImage .. kLast },
-  { "second sub-block", kTable .. "!\1\1;\0" }, { "its bytes", kTable .. "!\1\1;\0" },
-  { "list of sub-blocks", kTable .. "!\1\0" .. kImage .. kLast },
+  { "second sub-block", kTable .. "!\1\1;\0" },
   { "list of blocks", kTable .. kImage .. kLast },
-  { "block", kTable .. kFirst },
-  { "picture", no_image }, { "its palette", no_image }, { "local colours", no_image },
-  { "rows", no_image }, { "pixels", no_image },
-  { "list of blocks", kTable .. kLast },
-  { "block", kTable .. kFirst .. kImage },
-  { "extension", kTable .. kFirst .. kImage .. "!" },
+  { "block with its picture", kTable .. kFirst },
+  { "local colours", no_image }, { "pixels", no_image },
+  { "block with its extension", kTable .. kFirst .. kImage },
   { "list of blocks", kTable },
-  { "block of the trailer", whole },
   { "none", whole },
 } do
   local what, left = table.unpack(row)
