@@ -6,8 +6,8 @@
 
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_files.h"
-#include "host/lua/lua_pixels.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_pixels.h"
 #include "host/lua/lua_state.h"
 #include "host/lua/lua_text.h"
 
