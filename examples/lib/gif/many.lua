@@ -10,7 +10,7 @@ local processes, progress, text = require "gif.processes", require "gif.progress
 local many = {}
 
 local kSeconds = 60 -- that one file may take
-local kBundleSeconds, kLargestBundle = 1, 64 -- bundles grow until they take so long
+local kShort, kLong, kLargestBundle = 3, 20, 64 -- bundles that take fewer seconds grow, others shrink
 local kAlarmSignal = 14
 -- The environment's variables that make a process one that looks at a bundle: the files of its names and its lines.
 local kNames, kLines = "GIF_BUNDLE_NAMES", "GIF_BUNDLE_LINES"
@@ -254,7 +254,9 @@ function many.run(wanted)
     if #left > 0 then
       table.insert(running, 1, new_bundle(left))
     else
-      if os.time() - bundle.started < kBundleSeconds then size = math.min(size * 2, kLargestBundle) else size = math.max(1, size // 2) end
+      local took = os.time() - bundle.started
+      if took < kShort then size = math.min(size * 2, kLargestBundle) end
+      if took > kLong then size = math.max(1, size // 2) end
       local taken = take(size)
       if taken then running[#running + 1] = new_bundle(taken) end
     end
