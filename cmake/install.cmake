@@ -5,6 +5,11 @@ install(TARGETS gifhost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN *.1 EXCLUDE)
+# Links to what is not installed become plain words.
+install(CODE "execute_process(
+  COMMAND ${PROJECT_SOURCE_DIR}/tools/unlink-pages \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DOCDIR}
+          \$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE}
+  COMMAND_ERROR_IS_FATAL ANY)")
 
 # The page of `man gifhost`, and the changes in the form and under the names that Debian wants; both compressed.
 file(READ CHANGELOG.md changes)

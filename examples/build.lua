@@ -4,11 +4,10 @@
 --
 -- The tree is put together from new objects, the way every GIF is: a screen with the global table, then blocks: an
 -- extension that makes players loop, a comment, and for each frame an extension with its delay before its image. Where
--- the frames come from is the business of lib/pictures.lua and lib/planet.lua.
+-- the frames come from is the business of lib/gif/pictures.lua and lib/gif/planet.lua.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local building, command, files = require "building", require "command", require "files"
-local optimising, pictures, planet, text = require "optimising", require "pictures", require "planet", require "text"
+local building, command, files = require "gif.building", require "gif.command", require "gif.files"
+local optimising, pictures, planet, text = require "gif.optimising", require "gif.pictures", require "gif.planet", require "gif.text"
 
 -- One of several words.
 local function choice(...)

@@ -1,19 +1,15 @@
 -- Checks GIF files: opens each, walks every part of it, renders all images, saves it and its clone, and reads both back.
 --
---   gifhost examples/check.lua [--jobs N] [--seconds N] PATH...
+--   gifhost examples/check.lua [OPTION...] [PATH...]
 --
 -- A PATH is a GIF file or a folder; of a folder all files named *.gif are checked, those in folders within it too.
--- Every file has a process of its own, so that one that breaks it does not stop the others.
+-- Several processes share them, so that a file that breaks one does not stop the others.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local animation, blocks, command = require "animation", require "blocks", require "command"
-local comparing, files, processes = require "comparing", require "files", require "processes"
-local progress, text = require "progress", require "text"
+local blocks, command, comparing = require "gif.blocks", require "gif.command", require "gif.comparing"
+local composing, files, json = require "gif.composing", require "gif.files", require "gif.json"
+local many, text = require "gif.many", require "gif.text"
 
-local kSeconds = 60 -- that one file may take
-local kTimedOut = 124 -- the status that the command "timeout" gives then
-
--- --- One file, in this process -----------------------------------------------------------------------------------------
+-- --- One file -----------------------------------------------------------------------------------------
 
 -- A line for each property, entry and sub-block below a part of the tree. The pixels of an image are one.
 local function values_of(part, names)
@@ -71,7 +67,7 @@ local function render(all)
     local picture = block.image and block.image:MakePicture()
     if block.image and not (picture and block.image:MakeMask()) then not_shown = not_shown + 1 end
     picture = nil
-    animation.sweep(block.image and block.image.Width * block.image.Height or 0)
+    composing.sweep(8 * (block.image and block.image.Width * block.image.Height or 0))
   end
   return not_shown
 end
@@ -90,71 +86,37 @@ local function check_file(path)
 
   local sums, not_kept = blocks.sums(all), 0
   for _ in pairs(unfit) do not_kept = not_kept + 1 end
-  print(text.list {
+  return text.list {
     text.count(sums.images, "image"), text.count(sums.extensions, "extension"), text.count(sums.pixels, "pixel"),
     not_shown > 0 and text.count(not_shown, "image") .. " without pixels or colours" or "",
-    not_kept > 0 and text.count(not_kept, "image") .. " with pixels beyond the colours, which saving can't keep" or "" })
+    not_kept > 0 and text.count(not_kept, "image") .. " with pixels beyond the colours, which saving can't keep" or "" }
 end
 
--- --- Many files, a process for each ------------------------------------------------------------------------------------
+-- --- Many files, in several processes -----------------------------------------------------------------------------------
 
--- The GIF files that the paths name, and whether one of these is a folder.
-local function find_files(paths)
-  local found, folders = {}, false
-  for _, path in ipairs(paths) do
-    if not host.exists(path) then command.fail(path .. ": no such file or folder") end
-    local is_folder = host.exists(path .. "/.")
-    if not is_folder then found[#found + 1] = path end
-    folders = folders or is_folder
-    local pipe <close> = io.popen(is_folder and
-      "find -L -- " .. files.quoted(path) .. " -type f -iname '*.gif' -print0 | LC_ALL=C sort -z" or "true")
-    for name in pipe:read("a"):gmatch("[^\0]+") do found[#found + 1] = name end
-  end
-  return found, folders
-end
-
--- What to say of a file whose process failed; its own message begins with the names of the script and the file.
-local function failure(path, output, kind, status, seconds)
-  if kind == "signal" then return "stopped by signal " .. status end
-  if status == kTimedOut then return ("not done after %s"):format(text.count(seconds, "second")) end
-  local line = (output:match("[^\n]+") or "no output"):gsub("^check.lua: ", "")
-  if line:sub(1, #path + 2) == path .. ": " then line = line:sub(#path + 3) end
-  return line .. (status == 1 and "" or (" (status %d)"):format(status))
-end
-
-local function check_files(paths, jobs, seconds)
-  local commands = {}
-  for i, path in ipairs(paths) do
-    local words = { "timeout", tostring(seconds), table.unpack(processes.this_program()) }
-    table.move({ arg[0], "--", path }, 1, 3, #words + 1, words)
-    commands[i] = processes.command(words)
-  end
-  local failed, step = 0, progress.start(#paths, "files")
-  processes.run(commands, jobs, function(i, output, kind, status)
-    local succeeded = kind == "exit" and status == 0
-    if not succeeded then failed = failed + 1 end
-    progress.clear()
-    print(("%-6s  %s: %s"):format(
-      succeeded and "ok" or "FAILED", text.shown(paths[i]),
-      succeeded and output:gsub("\n$", "") or failure(paths[i], output, kind, status, seconds)))
-    step()
-  end)
-  print(("%s, %d failed"):format(text.count(#paths, "file"), failed))
-  return failed == 0
+-- A line for people.
+local function show(line, has_failed)
+  local path = text.shown(json.name_in(line))
+  local said = json.text_in(line, has_failed and "error" or "says")
+  if said:sub(1, #path + 2) == path .. ": " then said = said:sub(#path + 3) end
+  print(("%-6s  %s: %s"):format(has_failed and "FAILED" or "ok", path, said))
 end
 
 local options, paths = command.parse {
   about = "Opens, walks, renders and saves GIF files, and reads back what was saved. A PATH is a file or a folder.",
   operands = "PATH...",
-  options = {
-    { "--jobs N", "files at a time (default: as many as there are processors)", command.whole(1) },
-    { "--seconds N", ("that a file may take (default: %d)"):format(kSeconds), command.whole(1) },
-  },
+  operands_with = { ["files-from"] = "[PATH...]" },
+  options = { { "--json", "one line of JSON for each file" }, table.unpack(many.options) },
 }
-local found, folders = find_files(paths)
-if #found == 0 then command.fail("no files named *.gif there") end
-if #found == 1 and not folders then
-  check_file(found[1])
+if #paths == 1 and not many.is_asked_for(options, paths) then
+  print(check_file(paths[1]))
 else
-  os.exit(check_files(found, options.jobs or processes.count(), options.seconds or kSeconds))
+  local count, failed = many.run {
+    options = options, paths = paths, show = not options.json and show or nil,
+    work = function(path)
+      local says, why = command.attempt(check_file, path)
+      return says and { says = says }, why
+    end }
+  if not options.json then print(("%s, %d failed"):format(text.count(count, "file"), failed)) end
+  os.exit(failed == 0)
 end

@@ -4,8 +4,7 @@
 --
 -- The shortest way from bytes to a picture: no document, no blocks, one call.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local command, files, text = require "command", require "files", require "text"
+local command, files, text = require "gif.command", require "gif.files", require "gif.text"
 
 local _, operands = command.parse {
   about = "Saves the first image of a GIF as a PNG file, its transparent colour as transparency.",

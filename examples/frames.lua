@@ -6,9 +6,8 @@
 -- as it is stored, not what an animation has drawn by then (sheet.lua shows that); a mask is white where the image is
 -- transparent. The folder is made when it is missing.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local animation, blocks, command = require "animation", require "blocks", require "command"
-local files, progress = require "files", require "progress"
+local composing, blocks, command = require "gif.composing", require "gif.blocks", require "gif.command"
+local files, progress = require "gif.files", require "gif.progress"
 
 local _, operands = command.parse {
   about = "Saves every image of a GIF, and the mask of its transparent pixels, as PNG files of their own.",
@@ -44,5 +43,5 @@ for _, frame in ipairs(frames) do
   progress.clear()
   print(("block %3d: %4d x %-4d %s"):format(frame.block, frame.width, frame.height, saved))
   step()
-  animation.sweep(frame.width * frame.height)
+  composing.sweep(8 * frame.width * frame.height)
 end

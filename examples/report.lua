@@ -1,17 +1,19 @@
 -- Writes a page about a GIF file, to look at in any browser: facts and warnings, the animation frame by frame, every
 -- image with its place and mask, the colours and how often each is used, the bytes of every extension.
 --
---   gifhost examples/report.lua IN.gif OUT.html
+--   gifhost examples/report.lua [--full] IN.gif OUT.html
 --
 -- The page is one file that needs nothing else. What it looks like and does is in the folder report/.
 
 local here = arg[0]:gsub("[^/]*$", "")
-package.path = here .. "lib/?.lua;" .. package.path
-local animation, command, extensions = require "animation", require "command", require "extensions"
-local files, html, progress = require "files", require "html", require "progress"
-local survey, text, warnings = require "survey", require "text", require "warnings"
+local command, composing, extensions = require "gif.command", require "gif.composing", require "gif.extensions"
+local files, html, progress = require "gif.files", require "gif.html", require "gif.progress"
+local survey, text, warnings = require "gif.survey", require "gif.text", require "gif.warnings"
 
-local kMostPixels = 1 << 27 -- of all pictures together; more are scaled down
+-- Of a page that does not hold everything: pixels of all pictures together, more being scaled down; bytes of these, frames,
+-- rows of blocks, seconds of drawing.
+local kModest = { pixels = 1 << 25, bytes = 20 << 20, frames = 1000, rows = 4000, seconds = 5 }
+local kFull = { pixels = 1 << 27, bytes = math.huge, frames = math.huge, rows = math.huge, seconds = math.huge }
 local kLeastSide = 480 -- tiny animations are enlarged by a whole number up to about this
 local kCardBox, kStripBox = { 138, 96 }, { 224, 72 } -- pixels that small pictures may take
 local kMostHexBytes = 1024
@@ -61,8 +63,9 @@ local function comments(found)
   return table.concat(quotes, "\n")
 end
 
-local function warning_list(found)
+local function warning_list(found, left_out)
   local sentences = warnings.of(found)
+  for _, sentence in ipairs(left_out) do table.insert(sentences, 1, sentence) end
   for i, sentence in ipairs(sentences) do sentences[i] = "<li>" .. html.escape(sentence) .. "</li>" end
   if #sentences == 0 then return '<p class="quiet">Nothing to warn about.</p>' end
   return '<ul class="warnings">' .. table.concat(sentences) .. "</ul>"
@@ -168,72 +171,59 @@ local function frame_item(frame, found, address, longest_cs)
     address = address, share = longest_cs > 0 and ("%.3f"):format(frame.delay_cs / longest_cs) or 0 })
 end
 
--- The picture, or a smaller copy of it.
-local function scaled(picture, scale)
-  if scale >= 1 then return picture end
-  local width = math.max(1, math.floor(picture.Width * scale))
-  local height = math.max(1, math.floor(picture.Height * scale))
-  local small = Picture(width, height)
-  small:DrawPicture(picture, 0, 0, width, height)
-  if picture.Mask then
-    small.Mask = Picture(width, height)
-    small.Mask:DrawPicture(picture.Mask, 0, 0, width, height)
-  end
-  return small
-end
-
--- The items of the timeline and the cards of the images, in one go: both need every picture. There is no timeline of
--- what can't be drawn.
-local function draw(found)
-  local items, cards, longest_cs = {}, {}, 1
+-- The items of the timeline and the cards of the images, in one go. There is no timeline of what can't be drawn. Gives
+-- both and how many frames there was no room for.
+local function draw(found, limits)
+  local items, cards, longest_cs, bytes, started = {}, {}, 1, 0, os.clock()
   for _, frame in ipairs(found.frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
-  local drawn = animation.can_draw(found.width, found.height)
-  local pixels = found.sums.pixels + (drawn and #found.frames * found.width * found.height or 0)
-  local scale = math.sqrt(kMostPixels / math.max(1, pixels))
-  local step = progress.start(#found.frames, "frames")
-  local function address(picture)
-    return picture and html.picture_address(scaled(picture, scale))
+  local drawn, wanted = composing.can_draw(found.width, found.height), math.min(#found.frames, limits.frames)
+  local pixels = 0
+  for i = 1, wanted do
+    pixels = pixels + math.max(0, found.frames[i].width * found.frames[i].height) + (drawn and found.width * found.height or 0)
   end
-  local function add_card(frame, picture)
-    cards[#cards + 1] = image_card(frame, found, picture and is_whole_frame(frame, found) and "" or address(picture))
+  local scale = math.min(1, math.sqrt(limits.pixels / math.max(1, pixels)))
+  local step = progress.start(wanted, "frames")
+  local function address(picture)
+    local made = picture and html.picture_address(picture)
+    bytes = bytes + #(made or "")
+    return made
+  end
+  local function has_room() return #cards < wanted and bytes < limits.bytes and os.clock() - started < limits.seconds end
+  local function add_card(frame)
+    local is_on_timeline = drawn and #frame.colours > 0 and is_whole_frame(frame, found)
+    cards[#cards + 1] = image_card(frame, found,
+      is_on_timeline and "" or address(composing.picture_of(frame, frame.colours, scale)))
     step()
   end
   if drawn then
-    animation.play(found.frames, found.width, found.height, function(frame, canvas, picture)
-      items[#items + 1] = frame_item(frame, found, address(canvas), longest_cs)
-      add_card(frame, picture)
-    end)
+    local function shown(size) return math.max(1, math.floor(size * scale)) end
+    composing.play(found.document, { width = shown(found.width), height = shown(found.height), needed = has_room },
+      function(frame, canvas)
+        items[#items + 1] = frame_item(frame, found, address(composing.seen(canvas)), longest_cs)
+        add_card(frame)
+      end)
   else
-    for _, frame in ipairs(found.frames) do add_card(frame, animation.picture_of(frame)) end
+    for _, frame in ipairs(found.frames) do
+      if not has_room() then break end
+      add_card(frame)
+    end
   end
-  return items, cards
+  return items, cards, #found.frames - #cards
 end
 
 -- --- Blocks --------------------------------------------------------------------------------------------------------------
-
--- Sixteen bytes a line: the offset, the bytes, and those that are printable.
-local function hex(bytes)
-  local lines = {}
-  for at = 1, math.min(#bytes, kMostHexBytes), 16 do
-    local line = bytes:sub(at, math.min(at + 15, kMostHexBytes))
-    local digits = line:gsub(".", function(c) return ("%02x "):format(c:byte()) end)
-    lines[#lines + 1] = ("%04x  %-48s %s"):format(at - 1, digits, line:gsub("[^ -~]", "."))
-  end
-  local rest = #bytes - kMostHexBytes
-  if rest > 0 then lines[#lines + 1] = ("… and %s more"):format(text.count(rest, "byte")) end
-  return table.concat(lines, "\n")
-end
 
 local function sub_blocks(extension)
   if #extension.sub_blocks == 0 then return '<span class="quiet">no bytes</span>' end
   return html.fill("<details><summary>$sizes</summary><pre>$hex</pre></details>", {
     sizes = ("%s in %s"):format(text.count(extension.bytes, "byte"), text.count(#extension.sub_blocks, "sub-block")),
-    hex = hex(table.concat(extension.sub_blocks)) })
+    hex = text.hex(table.concat(extension.sub_blocks), kMostHexBytes) })
 end
 
-local function block_rows(found)
+local function block_rows(found, most)
   local rows, image = {}, 0
   for i, block in ipairs(found.blocks) do
+    if i > most then break end
     local row = { index = block.index, type = "nothing", says = "", bytes = "" }
     if block.image then
       row.type, row.says = "image", html.fill('<a href="#image-$number">image $number</a>', { number = image })
@@ -249,26 +239,35 @@ end
 
 -- --- The page -------------------------------------------------------------------------------------------------------------
 
-local function page(found)
-  local items, cards = draw(found)
+local function page(found, limits)
+  local items, cards, frames_left_out = draw(found, limits)
+  local left_out, rows_left_out = {}, math.max(0, #found.blocks - limits.rows)
+  if rows_left_out > 0 then
+    left_out[#left_out + 1] = ("The last %s are left out of this page; --full lists them."):format(text.count(rows_left_out, "block"))
+  end
+  if frames_left_out > 0 then
+    left_out[#left_out + 1] = ("The last %s are left out of this page; --full shows them."):format(text.count(frames_left_out, "image"))
+  end
   local longest = math.max(found.width, found.height, 1)
   local function part(name) return require_done(files.read(here .. "report/page." .. name)) end
   return html.fill(part("html"), {
     name = found.path:match("[^/]*$"), style = part("css"), script = part("js"),
-    facts = facts(found), comments = comments(found), warnings = warning_list(found),
+    facts = facts(found), comments = comments(found), warnings = warning_list(found, left_out),
     shown_as = #found.frames < 2 and "Picture" or "Animation",
     plays = #found.frames < 2 and 1 or found.sums.loops == 0 and 0 or (found.sums.loops or 0) + 1,
     width_px = found.width * math.max(1, kLeastSide // longest) .. "px", has_frames = #items > 0 and "" or "hidden",
     frames = table.concat(items, "\n"), images = table.concat(cards, "\n"), has_images = #cards > 0 and "" or "hidden",
-    colours = global_colours(found), blocks = block_rows(found), has_blocks = #found.blocks > 0 and "" or "hidden" })
+    colours = global_colours(found), blocks = block_rows(found, limits.rows), has_blocks = #found.blocks > 0 and "" or "hidden" })
 end
 
-local _, operands = command.parse {
+local options, operands = command.parse {
   about = "Writes a page about a GIF file, to look at in any browser. The page is one file that needs nothing else.",
   operands = "IN.gif OUT.html",
+  options = { { "--full", "all images and blocks of very large files, however long that takes and large it gets" } },
 }
 local input, output = table.unpack(operands)
-local found = require_done(survey.of(input, progress.start))
-local bytes = page(found)
+local limits = options.full and kFull or kModest
+local found = require_done(survey.of(input, progress.start, limits.frames))
+local bytes = page(found, limits)
 require_done(files.write(output, bytes))
 print(("%s: %s, %s"):format(text.shown(output), text.count(#bytes, "byte"), text.count(#found.frames, "frame")))

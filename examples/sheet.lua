@@ -6,13 +6,13 @@
 -- filling the width. Transparent areas show a checkerboard. Large animations are scaled down, tiny ones up; of very
 -- long ones every second, third, ... frame is drawn.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local animation, blocks, command = require "animation", require "blocks", require "command"
-local files, progress, text = require "files", require "progress", require "text"
+local command, composing, document = require "gif.command", require "gif.composing", require "gif.document"
+local files, progress, text = require "gif.files", require "gif.progress", require "gif.text"
 
 local kLargestSide = 240 -- pixels of a frame on the sheet
 local kSmallestSide = 72
 local kMostFrames = 100
+local kSeconds = 5 -- that drawing may take
 local kGap = 12 -- around frames
 local kCaptionGap = 2
 local kLineHeight, kCharacterWidth = 13, 6
@@ -81,32 +81,35 @@ local function draw_cell(sheet, layout, place, frame, canvas, board, longest_cs)
   end
 end
 
-local function draw_sheet(name, gif, frames)
-  local width, height = blocks.screen_size(gif, frames)
-  if not animation.can_draw(width, height) then
+-- Gives the sheet, and the number of frames that time was left for.
+local function draw_sheet(name, of)
+  local width, height, frames = of.width, of.height, of.frames
+  if not composing.can_draw(width, height) then
     command.fail(("%s: no sheet can be drawn of %d x %d pixels"):format(name, width, height))
   end
 
-  local longest_cs, sum_cs = 0, 0
-  for _, frame in ipairs(frames) do
-    longest_cs, sum_cs = math.max(longest_cs, frame.delay_cs), sum_cs + frame.delay_cs
-  end
+  local longest_cs = 0
+  for _, frame in ipairs(frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
   local step = math.ceil(#frames / kMostFrames)
   local title = ("%s  %d x %d  %s  %s"):format(
-    name, width, height, text.count(#frames, "frame"), text.seconds(sum_cs))
+    name, width, height, text.count(#frames, "frame"), text.seconds(of:duration_cs()))
 
   local shown_width, shown_height = shown_size(width, height)
   local layout = lay_out(math.ceil(#frames / step), shown_width, shown_height, title)
   local sheet, board = Picture(layout.width, layout.height), checkerboard(shown_width, shown_height)
   sheet:FillRect(0, 0, layout.width, layout.height, kPaper)
   sheet:DrawText(kGap, kGap, title, kInk)
-  local advance = progress.start(#frames, "frames")
-  animation.play(frames, width, height, function(frame, canvas)
+  local advance, drawn, started = progress.start(#frames, "frames"), 0, os.clock()
+  composing.play(of, {
+    width = math.min(width, shown_width), height = math.min(height, shown_height),
+    needed = function() return os.clock() - started < kSeconds end,
+  }, function(frame, canvas)
     advance()
+    drawn = drawn + 1
     if frame.number % step > 0 then return end
-    draw_cell(sheet, layout, frame.number // step, frame, canvas, board, longest_cs)
+    draw_cell(sheet, layout, frame.number // step, frame, composing.seen(canvas), board, longest_cs)
   end)
-  return sheet
+  return sheet, drawn
 end
 
 local _, operands = command.parse {
@@ -114,12 +117,13 @@ local _, operands = command.parse {
   operands = "IN.gif OUT.png",
 }
 local input, output = table.unpack(operands)
-local gif, why = files.open_gif(input)
-if not gif then command.fail(why) end
-local frames = blocks.frames(blocks.read(gif))
+local opened, why = document.open(input)
+if not opened then command.fail(why) end
+local frames = opened.frames
 if #frames == 0 then command.fail(input .. ": no images") end
 
-local sheet = draw_sheet(input:match("[^/]*$"), gif, frames)
+local sheet, drawn = draw_sheet(input:match("[^/]*$"), opened)
 local saved, problem = files.save_png(sheet, output)
 if not saved then command.fail(problem) end
 print(("%s: %d x %d pixels, %s"):format(text.shown(output), sheet.Width, sheet.Height, text.count(#frames, "frame")))
+if drawn < #frames then print(("  note: they take long; only the first %s are drawn"):format(text.grouped(drawn))) end

@@ -1,12 +1,12 @@
 -- Prints the tree of each GIF file: the screen, every block by its index, and the sums.
 --
---   gifhost examples/tree.lua [--json] FILE...
+--   gifhost examples/tree.lua [OPTION...] [PATH...]
 --
--- Nothing is taken for granted: damaged files print as far as they can be read.
+-- A PATH is a file or a folder; of a folder all files named *.gif count. Nothing is taken for granted: damaged files print
+-- as far as they can be read.
 
-package.path = arg[0]:gsub("[^/]*$", "") .. "lib/?.lua;" .. package.path
-local blocks, command, extensions = require "blocks", require "command", require "extensions"
-local files, json, text = require "files", require "json", require "text"
+local blocks, command, extensions = require "gif.blocks", require "gif.command", require "gif.extensions"
+local files, json, many, text = require "gif.files", require "gif.json", require "gif.many", require "gif.text"
 local count, list = text.count, text.list
 
 -- --- For people ------------------------------------------------------------------------------------------------------
@@ -40,24 +40,25 @@ local function print_line(index, name, description)
   print(("  %5s  %-16s %s"):format(index, name, description))
 end
 
-local function print_block(block)
+local function print_block(block, with_hex)
   if block.image then
     print_line(block.index, "image", describe_image(block.image))
   elseif block.extension then
     print_line(block.index, extensions.name(block.extension), extensions.describe(block.extension))
+    if with_hex then print((text.hex(extensions.payload(block.extension)):gsub("[^\n]+", "           %0"))) end
   else
     print_line(block.index, "nothing", ("introducer 0x%02X"):format(block.introducer))
   end
 end
 
-local function print_tree(path, gif)
+local function print_tree(path, gif, with_hex)
   print(text.shown(path))
   print_line("", "version", gif.Header)
   print_line("", "logical screen", describe_screen(gif.Screen))
   print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none")
 
   local all = blocks.read(gif)
-  for _, block in ipairs(all) do print_block(block) end
+  for _, block in ipairs(all) do print_block(block, with_hex) end
   local sums = blocks.sums(all)
   print_line("", "sum", list {
     count(sums.images, "image"),
@@ -77,46 +78,121 @@ local function table_values(owner)
   return { colours = json.list(values), sorted = owner.Sorted }
 end
 
-local function block_values(block)
+local function checksum(bytes) return ("%08x"):format(host.crc32(bytes)) end
+
+-- Of a graphic control, an image's pixels or an extension's bytes: what tells copies from each other.
+local function block_values(block, with_hex)
   local image, extension = block.image, block.extension
   local values = { index = block.index, type = image and "image" or extension and extensions.name(extension) or "nothing" }
   if image then
     values.left, values.top, values.width, values.height = image.Left, image.Top, image.Width, image.Height
     values.interlaced, values.table = image.Interlace, table_values(image)
+    values.crc32 = checksum(tostring(image.Data or ""))
   end
   for name, value in pairs(not image and extension or {}) do
     if name ~= "kind" and name ~= "sub_blocks" then values[name] = value end
   end
+  if extension and not image then
+    local payload = extensions.payload(extension)
+    values.crc32 = checksum(payload)
+    values.hex = with_hex and payload:gsub(".", function(c) return ("%02x"):format(c:byte()) end) or nil
+  end
   return values
 end
 
-local function print_json(path, gif)
+local function json_values(gif, bytes, with_hex)
   local all, screen, values = blocks.read(gif), gif.Screen, {}
-  for i, block in ipairs(all) do values[i] = block_values(block) end
-  print(json.encode {
-    file = path, version = gif.Header, blocks = json.list(values), sum = blocks.sums(all),
+  for i, block in ipairs(all) do values[i] = block_values(block, with_hex) end
+  return {
+    version = gif.Header, bytes = bytes, blocks = json.list(values), sum = blocks.sums(all),
     screen = {
       width = screen.Width, height = screen.Height, color_resolution = screen.ColorResolution,
-      background = screen.BackgroundColor, aspect = screen.Aspect, table = table_values(screen) } })
+      background = screen.BackgroundColor, aspect = screen.Aspect, table = table_values(screen) } }
 end
+
+-- --- Queries ---------------------------------------------------------------------------------------------------------
+
+-- What --where may ask of a file.
+local function facts(path, gif, bytes)
+  local all, screen = blocks.read(gif), gif.Screen
+  local sums, values = blocks.sums(all), { tables = 0, interlaced = 0, comments = 0, plain_texts = 0, unknown = 0 }
+  for _, block in ipairs(all) do
+    local image, extension = block.image, block.extension
+    if image and image.HasPalette then values.tables = values.tables + 1 end
+    if image and image.Interlace then values.interlaced = values.interlaced + 1 end
+    local kind = extension and not extension.kind and "unknown" or extension and extension.kind:gsub(" ", "_") .. "s"
+    if kind and values[kind] then values[kind] = values[kind] + 1 end
+  end
+  values.file, values.bytes, values.version = path, bytes, gif.Header
+  values.width, values.height, values.aspect = screen.Width, screen.Height, screen.Aspect
+  values.colours = screen.HasPalette and screen.Palette.Count or 0
+  values.images, values.extensions, values.pixels = sums.images, sums.extensions, sums.pixels
+  values.seconds, values.loops = sums.delay_cs / 100, sums.loops
+  return values
+end
+
+local condition_kind = {
+  name = "a condition, such as 'images > 1 and not loops'",
+  read = function(given)
+    local asked = {}
+    local condition = load("return " .. given, "=where", "t", setmetatable({}, { __index = function(_, name)
+      if asked.values[name] ~= nil then return asked.values[name] end
+      return _G[name]
+    end }))
+    return condition and function(values)
+      asked.values = values
+      local done, holds = pcall(condition)
+      if not done then command.fail("--where: " .. tostring(holds)) end
+      return holds
+    end
+  end }
 
 -- --- The files ---------------------------------------------------------------------------------------------------------
 
 local options, paths = command.parse {
   about = "Prints the tree of each GIF file: the screen, every block by its index, and the sums.",
-  operands = "FILE...",
-  options = { { "--json", "one line of JSON for each file; delays in hundredths of a second (\"_cs\")" } },
+  operands = "PATH...",
+  operands_with = { ["files-from"] = "[PATH...]" },
+  options = {
+    { "--json", "one line of JSON for each file; delays in hundredths of a second (\"_cs\")" },
+    { "--hex", "the bytes of extensions too" },
+    { "--where CONDITION", "only the names of files for which it holds; with --json their lines", condition_kind },
+    table.unpack(many.options) },
+  more = [[
+Conditions are Lua: file, bytes, version, width, height, aspect, colours (of the global table), tables (of images),
+images, interlaced, extensions, comments, plain_texts, unknown, pixels, seconds, loops (nil when nothing is said).]],
 }
-local status, printed = 0, false
-for _, path in ipairs(paths) do
-  local gif, why = files.open_gif(path)
-  if gif then
-    if printed and not options.json then print() end
-    printed = true;
-    (options.json and print_json or print_tree)(path, gif)
-  else
-    command.complain(why)
-    status = 1
-  end
+
+local where, with_hex = options.where, options.hex
+
+if options.json and many.is_asked_for(options, paths) then
+  local _, failed = many.run {
+    options = options, paths = paths,
+    work = function(path)
+      local gif, bytes = files.open_gif(path)
+      if not gif then return nil, bytes end
+      if where and not where(facts(path, gif, bytes)) then return { left_out = true } end
+      return json_values(gif, bytes, with_hex)
+    end }
+  os.exit(failed == 0, true)
 end
+
+local status, printed = 0, false
+many.each(paths, options["files-from"], function(path)
+  local gif, bytes = files.open_gif(path)
+  if not gif then
+    command.complain(bytes)
+    status = 1
+  elseif where and not where(facts(path, gif, bytes)) then
+    return
+  elseif options.json then
+    print(json.line(path, json_values(gif, bytes, with_hex)))
+  elseif where then
+    print(text.shown(path))
+  else
+    if printed then print() end
+    printed = true
+    print_tree(path, gif, with_hex)
+  end
+end)
 os.exit(status, true)

@@ -114,7 +114,8 @@ function swatch(colour, index, uses, mark) {
   const item = document.createElement('li');
   item.title = `${index}: #${colour}` + (uses === undefined ? '' : `, ${Number(uses).toLocaleString('en')} pixels`);
   item.className = (mark ? 'marked ' : '') + (uses === '0' ? 'unused' : '');
-  item.append(document.createElement('i'), document.createElement('b'), document.createElement('br'));
+  item.append(document.createElement('i'), document.createElement('b'), document.createElement('br'),
+              `#${colour}`, document.createElement('br'));
   item.querySelector('i').style.background = `#${colour}`;
   item.querySelector('b').textContent = index;
   if (mark) item.append(mark, document.createElement('br'));

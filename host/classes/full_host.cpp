@@ -11,6 +11,7 @@ FullHost::FullHost(HostOptions options) : Host(std::move(options), FindHostFunct
   AddFolderItemClass(*this);
   AddPictureClasses(*this);
   AddOutputFileClass(*this);
+  AddCanvasClass(*this);
   AddFilmClass(*this);
   AddApplicationClass(*this);
   AddGlobalMethods(*this);

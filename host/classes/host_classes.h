@@ -11,6 +11,7 @@ void AddMemoryBlockClass(Host& host);
 void AddFolderItemClass(Host& host);
 void AddPictureClasses(Host& host);
 void AddOutputFileClass(Host& host);
+void AddCanvasClass(Host& host);
 void AddFilmClass(Host& host);
 void AddApplicationClass(Host& host);
 void AddGlobalMethods(Host& host);

@@ -51,6 +51,7 @@ REALstringStruct* GetPath(REALobjectStruct* self, int64_t) { return StringResult
 void Write(REALobjectStruct* self, REALstringStruct* bytes) { Require(File(self).Write(Bytes(bytes))); }
 REALstringStruct* Refusal(REALobjectStruct* self) { return StringResult(File(self).Refusal()); }
 void Keep(REALobjectStruct* self) { Require(File(self).Keep()); }
+void KeepNew(REALobjectStruct* self) { Require(File(self).KeepNew()); }
 void Discard(REALobjectStruct* self) { File(self).Discard(); }
 
 }  // namespace
@@ -62,6 +63,7 @@ void AddOutputFileClass(Host& host) {
       MethodRow("Write(bytes as String)", Native<Write>),
       MethodRow("Refusal() as String", Native<Refusal>),
       MethodRow("Keep()", Native<Keep>),
+      MethodRow("KeepNew()", Native<KeepNew>),
       MethodRow("Discard()", Native<Discard>),
   };
   AddMembers(host.AddClass("OutputFile", MakeInstance<OutputFileObject>), properties, methods);

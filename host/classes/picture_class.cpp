@@ -7,7 +7,9 @@
 #include "host/classes/drawing.h"
 #include "host/classes/host_classes.h"
 #include "host/classes/native.h"
+#include "host/classes/picture_colors.h"
 #include "host/classes/picture_file.h"
+#include "host/classes/picture_making.h"
 #include "host/core/text.h"
 #include "host/host/picture.h"
 
@@ -32,6 +34,11 @@ void Construct(REALobjectStruct* self, int64_t width, int64_t height) {
 
 void ConstructFromFile(REALobjectStruct* self, REALstringStruct* path) {
   LoadPng(Host::Current(), *Self<Picture>(self), Bytes(path));
+}
+
+void ConstructFromText(REALobjectStruct* self, REALstringStruct* text, REALstringStruct* font, int64_t size,
+                       uint32_t rgb) {
+  DrawLetters(Host::Current(), *Self<Picture>(self), {Bytes(text), Bytes(font), size, rgb});
 }
 
 int64_t GetWidth(REALobjectStruct* self, int64_t) { return Self<Picture>(self)->width(); }
@@ -121,6 +128,28 @@ void DrawOnGraphics(REALobjectStruct* self, REALpictureStruct* image, int64_t x,
   Draw(Self<Graphics>(self)->picture.get(), image, {x, y, w, h}, {sx, sy, sw, sh});
 }
 
+REALpictureStruct* GetScaled(REALobjectStruct* self, int64_t width, int64_t height) {
+  return HandOut<REALpictureStruct>(Scaled(Host::Current(), *Self<Picture>(self), width, height));
+}
+
+REALpictureStruct* GetDifference(REALobjectStruct* self, REALpictureStruct* other) {
+  const auto* second = Self<Picture>(other);
+  if (second == nullptr) throw std::runtime_error("A picture is needed.");
+  return HandOut<REALpictureStruct>(Difference(Host::Current(), *Self<Picture>(self), *second));
+}
+
+REALstringStruct* GetColors(REALobjectStruct* self, int64_t most) {
+  return StringResult(ListOf(DistinctColors(*Self<Picture>(self), static_cast<size_t>(std::max<int64_t>(0, most)))));
+}
+
+REALmemoryBlockStruct* GetIndexes(REALobjectStruct* self, REALstringStruct* colors, int64_t transparent) {
+  const auto& picture = *Self<Picture>(self);
+  const auto size = static_cast<size_t>(picture.width()) * static_cast<size_t>(picture.height());
+  const Ref<MemoryBlock> block = NewMemoryBlock(Host::Current(), size);
+  NearestIndexes(picture, ColorsOf(Bytes(colors)), transparent, {block->bytes(), size});
+  return HandOut<REALmemoryBlockStruct>(block);
+}
+
 REALstringStruct* GetPng(REALobjectStruct* self) { return StringResult(EncodePng(*Self<Picture>(self))); }
 
 void Save(REALobjectStruct* self, REALstringStruct* path) { SavePng(*Self<Picture>(self), Bytes(path)); }
@@ -137,6 +166,8 @@ void AddPictureClass(Host& host) {
   const REALmethodDefinition methods[] = {
       MethodRow("Constructor(width as Integer, height as Integer)", Native<Construct>),
       MethodRow("Constructor(path as String)", Native<ConstructFromFile>),
+      MethodRow("Constructor(text as String, font as String, size as Integer, rgb as Color)",
+                Native<ConstructFromText>),
       MethodRow("Pixel(x as Integer, y as Integer) as Color", Native<GetPixel>),
       MethodRow("SetPixel(x as Integer, y as Integer, rgb as Color, opacity as Integer = 255)", Native<SetPixel>),
       MethodRow("PixelBytes(x as Integer, y as Integer) as String", Native<GetPixelBytes>),
@@ -147,6 +178,10 @@ void AddPictureClass(Host& host) {
                 "h as Integer = -10000, sx as Integer = 0, sy as Integer = 0, sw as Integer = -10000, "
                 "sh as Integer = -10000)",
                 Native<DrawOnPicture>),
+      MethodRow("Scaled(w as Integer, h as Integer) as Picture", Native<GetScaled>),
+      MethodRow("Difference(image as Picture) as Picture", Native<GetDifference>),
+      MethodRow("Colours(most as Integer = 256) as String", Native<GetColors>),
+      MethodRow("Indexes(colours as String, transparent as Integer = -1) as MemoryBlock", Native<GetIndexes>),
       MethodRow("PNG() as String", Native<GetPng>),
       MethodRow("SavePNG(path as String)", Native<Save>),
   };

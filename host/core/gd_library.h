@@ -31,7 +31,10 @@ namespace gd {
 // clang-format off
 inline GdFunction<decltype(gdFontGetSmall)>                 FontGetSmall{"gdFontGetSmall"};
 inline GdFunction<decltype(gdFree)>                         Free{"gdFree"};
+inline GdFunction<decltype(gdFTUseFontConfig)>              FTUseFontConfig{"gdFTUseFontConfig"};
+inline GdFunction<decltype(gdImageAlphaBlending)>           ImageAlphaBlending{"gdImageAlphaBlending"};
 inline GdFunction<decltype(gdImageColorAllocateAlpha)>      ImageColorAllocateAlpha{"gdImageColorAllocateAlpha"};
+inline GdFunction<decltype(gdImageCopyResampled)>           ImageCopyResampled{"gdImageCopyResampled"};
 inline GdFunction<decltype(gdImageCreate)>                  ImageCreate{"gdImageCreate"};
 inline GdFunction<decltype(gdImageCreateFromPng)>           ImageCreateFromPng{"gdImageCreateFromPng"};
 inline GdFunction<decltype(gdImageCreateTrueColor)>         ImageCreateTrueColor{"gdImageCreateTrueColor"};
@@ -39,6 +42,7 @@ inline GdFunction<decltype(gdImageDestroy)>                 ImageDestroy{"gdImag
 inline GdFunction<decltype(gdImageGetTrueColorPixel)>       ImageGetTrueColorPixel{"gdImageGetTrueColorPixel"};
 inline GdFunction<decltype(gdImagePngPtrEx)>                ImagePngPtrEx{"gdImagePngPtrEx"};
 inline GdFunction<decltype(gdImageSaveAlpha)>               ImageSaveAlpha{"gdImageSaveAlpha"};
+inline GdFunction<decltype(gdImageStringFTEx)>              ImageStringFTEx{"gdImageStringFTEx"};
 // clang-format on
 
 }  // namespace gd

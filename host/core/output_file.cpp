@@ -187,6 +187,23 @@ std::string OutputFile::Keep() {
   return problem;
 }
 
+std::string OutputFile::KeepNew() {
+  if (path_.empty() || destination_.empty()) return Keep();
+  // A second name for the file, which the system gives only where there is none.
+  const int error = Flush(file_) != 0 ? errno : link(path_.c_str(), destination_.c_str()) == 0 ? 0 : errno;
+  std::string problem;
+  if (error == EEXIST) {
+    problem = target_ + ": is there already";
+  } else if (error == EPERM || error == EOPNOTSUPP) {  // a file system without second names
+    if (access(destination_.c_str(), F_OK) != 0) return Keep();
+    problem = target_ + ": is there already";
+  } else if (error != 0) {
+    problem = Problem(error);
+  }
+  Discard();
+  return problem;
+}
+
 void OutputFile::Discard() {
   if (file_ >= 0) close(file_);
   if (!path_.empty()) unlink(path_.c_str());

@@ -26,6 +26,7 @@ class OutputFile {
   // Why no more could be written: for a file that is written to by someone who does not tell.
   std::string Refusal() const;
   std::string Keep();
+  std::string KeepNew();  // the same, but never replaces anything
   void Discard();
 
   const std::string& path() const { return path_; }  // where its bytes are; empty when it is not on its way

@@ -18,7 +18,7 @@ struct Note {
   std::atomic<bool> used{false};
   std::array<char, 4096> path{};
 };
-std::array<Note, 16> notes;
+std::array<Note, 512> notes;
 
 void RemoveAll() {
   for (Note& note : notes) {
@@ -42,7 +42,7 @@ void WatchForTheEnd() {
   if (owner != 0) return;
   owner = getpid();
   std::atexit(RemoveOwn);
-  for (const int number : {SIGINT, SIGTERM, SIGHUP}) {
+  for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGALRM}) {
     struct sigaction now = {};
     sigaction(number, nullptr, &now);
     if (now.sa_handler != SIG_DFL) continue;

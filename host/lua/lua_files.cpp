@@ -1,6 +1,7 @@
 #include "host/lua/lua_files.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cerrno>
 #include <cstring>
@@ -49,10 +50,16 @@ int Stat(lua_State* lua) {
   return 1;
 }
 
+// host.alarm(seconds): so many seconds from now a signal ends the program; none for 0.
+int Alarm(lua_State* lua) {
+  alarm(static_cast<unsigned>(luaL_checkinteger(lua, 1)));
+  return 0;
+}
+
 }  // namespace
 
 void AddFileFunctions(lua_State* lua) {
-  const luaL_Reg functions[] = {{"stat", Guarded<Stat>}, {nullptr, nullptr}};
+  const luaL_Reg functions[] = {{"stat", Guarded<Stat>}, {"alarm", Guarded<Alarm>}, {nullptr, nullptr}};
   luaL_setfuncs(lua, functions, 0);
 }
 

@@ -8,6 +8,7 @@
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_files.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_pixels.h"
 #include "host/lua/lua_plugin.h"
 #include "host/lua/lua_state.h"
 #include "host/lua/lua_text.h"
@@ -167,6 +168,7 @@ void OpenHostTable(lua_State* lua) {
   };
   luaL_newlib(lua, functions);
   AddFileFunctions(lua);
+  AddPixelFunctions(lua);
   const Host& host = HostOf(lua);
   if (host.options().version) {
     lua_pushnumber(lua, *host.options().version);

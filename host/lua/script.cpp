@@ -72,6 +72,15 @@ Script::~Script() {
 
 void Script::FindModulesIn(const std::string& folder) { AddModuleFolder(lua_, folder); }
 
+void Script::AddLibrary(const std::string& folder) {
+  lua_getglobal(lua_, "package");
+  lua_getfield(lua_, -1, "path");
+  PushString(lua_, ";" + folder + "/?.lua");
+  lua_concat(lua_, 2);
+  lua_setfield(lua_, -2, "path");
+  lua_pop(lua_, 1);
+}
+
 bool Script::RunFile(const std::string& path) {
   lua_pushcfunction(lua_, AddTraceback);
   return Run(luaL_loadfilex(lua_, path.empty() ? nullptr : path.c_str(), "t"));

@@ -21,6 +21,9 @@ class Script {
   // Lets `require` find shared objects in a folder, before those elsewhere.
   void FindModulesIn(const std::string& folder);
 
+  // Lets scripts require what lies in that folder, after whatever else they find.
+  void AddLibrary(const std::string& folder);
+
   // Each runs a script to its end; false, with the message in error(), when it fails.
   bool RunFile(const std::string& path);  // empty: standard input
   bool RunCode(const std::string& code, const std::string& chunk_name);

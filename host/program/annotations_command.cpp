@@ -149,6 +149,24 @@ function host.use(plugin) end
 ---@return string? why there is none
 function host.stat(path) end
 
+---@param seconds integer
+function host.alarm(seconds) end
+
+---@param bytes string a byte for each pixel
+---@param width integer
+---@param quarters integer clockwise
+---@param mirrored? boolean left and right exchanged before
+---@return string
+function host.turned(bytes, width, quarters, mirrored) end
+
+---@param bytes string
+---@return { [integer]: integer } how often each value from 0 to 255 stands there
+function host.counts(bytes) end
+
+---@param bytes string
+---@return integer
+function host.crc32(bytes) end
+
 ---@param value any
 ---@return string?
 function host.class(value) end

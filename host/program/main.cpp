@@ -25,6 +25,7 @@ bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::Program
                       options.c_modules);
   host::SetPlugin(script.lua(), plugin);
   script.FindModulesIn(host::LibraryFolder());
+  script.AddLibrary(host::ScriptsFolder());
   bool succeeded = true;
   if (options.code) {
     succeeded = script.RunCode(*options.code, "=-e");

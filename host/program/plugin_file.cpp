@@ -20,4 +20,10 @@ std::string PluginFile(std::string_view name) {
   return name == kTolerant ? folder / kTolerantPluginName : fs::absolute(name);
 }
 
+std::string ScriptsFolder() {
+  const fs::path program_folder = fs::read_symlink("/proc/self/exe").parent_path();
+  const fs::path installed = program_folder / GIFHOST_SCRIPTS_FOLDER;
+  return (fs::exists(installed) ? installed : program_folder / GIFHOST_SOURCE_SCRIPTS_FOLDER).lexically_normal();
+}
+
 }  // namespace host

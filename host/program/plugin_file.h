@@ -16,4 +16,7 @@ std::string LibraryFolder();
 // The library of a plugin: of one of these names, else of that path; empty: the designed one. An absolute path.
 std::string PluginFile(std::string_view name);
 
+// The folder of the scripts' library, from which `require "gif"` takes it.
+std::string ScriptsFolder();
+
 }  // namespace host

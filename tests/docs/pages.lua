@@ -75,6 +75,24 @@ for name, members in pairs(expected) do
   assert(next(members) == nil, ("%s: not on the page: %s"):format(name, next(members)))
 end
 
+-- --- docs/library.md ------------------------------------------------------------------------------------------------
+
+run_snippets("library.md")
+local library, headings = require "gif", {}
+for name in read("library.md"):gmatch("\n### `([%w_.:]+)%(") do headings[name] = true end
+local function check_documented(prefix, functions)
+  for name, value in pairs(functions) do
+    if type(value) == "function" and name ~= "__index" then
+      assert(headings[prefix .. name], prefix .. name .. " is not on the page")
+      headings[prefix .. name] = nil
+    end
+  end
+end
+check_documented("gif.", library)
+check_documented("gif.payloads.", { all = print, get = print, set = print, remove = print })
+check_documented("document:", getmetatable(library.new(1, 1)))
+assert(next(headings) == nil, next(headings))
+
 -- --- docs/gif-by-hand.md --------------------------------------------------------------------------------------------
 
 local bytes = read("gif-by-hand.md"):match("```hex\n(.-)```"):gsub(";[^\n]*", ""):gsub("%s+", "")

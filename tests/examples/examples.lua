@@ -28,7 +28,7 @@ local kOdd = kScreen .. table.concat {
 -- Command lines: script, arguments, status, the end of the one line that is said.
 local kOperands = {
   first = "IN.gif OUT.png", build = "[IN.png...] OUT.gif", edit = "IN.gif OUT.gif",
-  tree = "FILE...", frames = "IN.gif FOLDER", sheet = "IN.gif OUT.png", report = "IN.gif OUT.html", check = "PATH...",
+  tree = "PATH...", frames = "IN.gif FOLDER", sheet = "IN.gif OUT.png", report = "IN.gif OUT.html", check = "PATH...",
 }
 for script, operands in pairs(kOperands) do
   local status, output = run(script, "--help")
@@ -51,6 +51,8 @@ end
 t.expect("value", run("tree", "--json=1", "x"), 2)
 for _, row in ipairs {
   { 2, "edit", "--delay", "x" }, { 2, "edit", "--delay=656" }, { 2, "edit", "--blocks=1-x" }, { 2, "edit", "--recolour=12=34" },
+  { 2, "edit", "--jobs=2", "a", "b" }, { 2, "edit", "--at=nowhere" }, { 2, "edit", "--crop=1,2,3" }, { 2, "edit", "--resize=x" },
+  { 2, "payload", "--set", "x=y", "a", "b" }, { 2, "payload", "a", "b" }, { 2, "tree", "--where=(", "a" }, { 1, "join", "a", "b" },
   { 2, "build", "--colours=1" }, { 2, "build", "--loop=65536" }, { 1, "build", "x.png" }, { 1, "build", arg[0], "x.gif" },
 } do t.expect(table.concat(row, " "), run(table.unpack(row, 2)), row[1]) end
 
@@ -94,8 +96,9 @@ examples.with_folder(function(folder)
     t.expect("lines", #lines, #expected)
   end
   local _, json = run("tree", "--json", examples.write(folder .. "/j", kScreen .. extension(0xFE, 'a"\n\xFF') .. image(1, 2, 3, 4)))
-  t.expect("json", json, '{"blocks":[{"bytes":4,"damaged":false,"index":0,"label":254,"text":"a\\u0022\\u000Aÿ","type":"comment"},' ..
-    '{"height":4,"index":1,"interlaced":false,"left":1,"top":2,"type":"image","width":3}],"file":"' .. folder .. '/j",' ..
+  t.expect("json", json, '{"file":"' .. folder .. '/j","blocks":[{"bytes":4,"crc32":"4efadaf3","damaged":false,"index":0,' ..
+    '"label":254,"text":"a\\u0022\\u000Aÿ","type":"comment"},' ..
+    '{"crc32":"95a9729e","height":4,"index":1,"interlaced":false,"left":1,"top":2,"type":"image","width":3}],"bytes":36,' ..
     '"screen":{"aspect":0,"background":0,"color_resolution":1,"height":1,"width":1},' ..
     '"sum":{"delay_cs":0,"extensions":1,"images":1,"pixels":12},"version":"GIF89a"}\n')
 
@@ -134,7 +137,7 @@ examples.with_folder(function(folder)
   for _, row in ipairs {
     { "--delay=x3", "0.75 s, repeats 2" }, { "--delay=1", "3.00 s" }, { "--loop=7", "repeats 7 times" },
     { "--comment=hi", '7 comment "hi"' },
-    { "--blocks=3-4", "0 graphic.*1 image 2 x 2.* 1 image, 1 ext" }, { "--reverse", "6 image 4 x 3.*3 images.*36 pixels" },
+    { "--blocks=3-4", "0 graphic.*1 image 2 x 2.* 1 image, 1 ext" }, { "--reverse", "2 image 4 x 3.*4 image 2 x 2.*6 image 2 x 2.*3 images.*20 pixels" },
   } do
     t.expect(row[1], run("edit", row[1], made, edited), 0)
     assert(lines_of(edited):find(row[2]), row[1] .. lines_of(edited))
@@ -164,7 +167,7 @@ ok      /in/it's.GIF: 2 images, 1 extension, 7 pixels
 3 files, 1 failed
 ]])
   t.expect("file", run("check", folder .. "/in/it's.GIF"), 0)
-  t.expect("empty", run("check", "--seconds", "9", folder .. "/c.txt/.."), 1)
+  t.expect("empty", run("check", "--timeout", "9", folder .. "/c.txt/.."), 1)
 end)
 
 -- The page escapes what the file says, and warns of mistakes.

@@ -3,8 +3,8 @@
 local here = arg[0]:gsub("[^/]*$", "")
 local t = dofile(here .. "../support/support.lua")
 local examples = dofile(here .. "../support/examples.lua")
-local animation, blocks, building = require "animation", require "blocks", require "building"
-local optimising = require "optimising"
+local blocks, building, composing = require "gif.blocks", require "gif.building", require "gif.composing"
+local document, optimising = require "gif.document", require "gif.optimising"
 
 local kWidth, kHeight = 23, 17
 
@@ -55,11 +55,13 @@ end
 -- What is shown, a line for each span of time; the extensions other than controls.
 local function story(gif)
   local all, lines, others = blocks.read(gif), {}, {}
-  local frames = blocks.frames(all)
-  animation.play(frames, gif.Screen.Width, gif.Screen.Height, function(frame, canvas)
-    local shown, mask = canvas:RGB(), canvas.Mask:RGB()
+  local read = document.read(gif)
+  local frames = read.frames
+  composing.play(read, {}, function(frame, canvas)
+    local picture <const> = composing.seen(canvas)
+    local shown, mask = picture:RGB(), picture.Mask and picture.Mask:RGB()
     local seen = {}
-    for at = 1, #shown, 3 do seen[#seen + 1] = mask:byte(at) == 255 and "---" or shown:sub(at, at + 2) end
+    for at = 1, #shown, 3 do seen[#seen + 1] = mask and mask:byte(at) == 255 and "---" or shown:sub(at, at + 2) end
     local line = table.concat(seen)
     local last = lines[#lines]
     if last and last.shown == line then

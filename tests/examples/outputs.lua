@@ -3,7 +3,7 @@
 local here = arg[0]:gsub("[^/]*$", "")
 local t = dofile(here .. "../support/support.lua")
 local examples = dofile(here .. "../support/examples.lua")
-local processes, files = require "processes", require "files"
+local processes, files = require "gif.processes", require "gif.files"
 local gif = here .. "../../examples/gifs/lighthouse.gif"
 
 -- Runs a line of the shell, in which $gifhost starts this program and $examples is their folder; gives its status and

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# What the page of examples/report.lua does in a real browser: its script runs, keys step and play the frames, nothing is
-# fetched. Arguments: the script host, the folder of examples, a GIF of 16 frames. Status 77: there is no browser.
+# What the page of examples/report.lua does in a real browser as wide as a phone's: its script runs, keys step and play
+# the frames, nothing is fetched. Arguments: the script host, the folder of examples, a GIF of 16 frames. Status 77: there is no browser.
 set -euo pipefail
 gifhost="$1" examples="$2" gif="$3"
 
@@ -27,6 +27,7 @@ press('ArrowRight'); seen.push(document.querySelector('.play').textContent);
 document.querySelector('article details').open = true;
 const images = [...document.images];
 setTimeout(() => {
+  seen.push('cell=' + (document.querySelector('tbody td:nth-child(3)').offsetWidth > 250));
   seen.push('broken=' + images.filter(image => !image.naturalWidth).length);
   seen.push('fetched=' + performance.getEntriesByType('resource').filter(entry => !entry.name.startsWith('data:')).length);
   seen.push('swatches=' + document.querySelectorAll('article details[open] .palette li').length);
@@ -36,9 +37,10 @@ setTimeout(() => {
 END
 
 options=(--headless --no-sandbox --disable-gpu --disable-quic --no-first-run --disable-background-networking
-         --disable-component-update --disable-sync --user-data-dir="$folder/profile" --virtual-time-budget=3000)
+         --disable-component-update --disable-sync --user-data-dir="$folder/profile" --virtual-time-budget=3000
+         --window-size=390,800)  # a phone's
 page="$(timeout 100 "$browser" "${options[@]}" --dump-dom "file://$folder/page.html" 2> "$folder/errors")" ||
   { cat "$folder/errors"; exit 1; }
 seen="$(grep -o 'Seen: [^.]*\.' <<< "$page" | tail -1)"
-expected="Seen: start=0 right=2 round=15 home=0 focus=1 Pause Play broken=0 fetched=0 swatches=64."
+expected="Seen: start=0 right=2 round=15 home=0 focus=1 Pause Play cell=true broken=0 fetched=0 swatches=64."
 [ "$seen" = "$expected" ] || { printf '%s\nexpected\n%s\n' "$seen" "$expected"; exit 1; }

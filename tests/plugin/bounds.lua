@@ -5,7 +5,7 @@
 local here = arg[0]:gsub("[^/]*$", "")
 local t = dofile(here .. "../support/support.lua")
 local examples = dofile(here .. "../support/examples.lua")
-local processes = require "processes"
+local processes = require "gif.processes"
 
 local kScreen, kMiB = "GIF89a\1\0\1\0\0\0\0", 1 << 20
 

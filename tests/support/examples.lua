@@ -2,8 +2,7 @@
 
 local here = debug.getinfo(1, "S").source:match("@(.*/)")
 local sources = here .. "../../examples/"
-package.path = sources .. "lib/?.lua;" .. package.path
-local processes = require "processes"
+local processes = require "gif.processes"
 
 local examples = {}
 

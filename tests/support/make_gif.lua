@@ -16,7 +16,7 @@ end
 
 local function tree_of(block)
   if block.pixels then
-    local fields = { Width = block.width, Height = block.height, Interlace = block.interlaced, Data = block.pixels }
+    local fields = { Left = block.left or 0, Top = block.top or 0, Width = block.width, Height = block.height, Interlace = block.interlaced, Data = block.pixels }
     fields.CodeSize = 8
     return { Intro = 0x2C, Picture = with_table(fields, block.palette) }
   end

@@ -2,8 +2,8 @@
 -- that show nothing new joined, tables without unused colours. All is drawn on a film (class Film), which finds the
 -- images that show it again from few bytes.
 
-local building, controls = require "building", require "controls"
-local progress = require "progress"
+local building, document, extensions = require "gif.building", require "gif.document", require "gif.extensions"
+local progress = require "gif.progress"
 
 local optimising = {}
 
@@ -22,6 +22,13 @@ function optimising.colours_from(bytes)
   local colours = {}
   for at = 1, #bytes, 3 do colours[#colours + 1] = (">I3"):unpack(bytes, at) end
   return colours
+end
+
+-- What a block says when it is a graphic control that is whole.
+local function read_control(block)
+  local extension = block.Extension
+  local said = extension and extension.Marker == 0xF9 and extensions.read(extension)
+  return said and not said.damaged and said or nil
 end
 
 -- Draws an image; gives the reason when that cannot be done for sure.
@@ -78,7 +85,7 @@ function optimising.optimised(blocks, screen, tolerance)
   local film, order, frames, control, number = Film(screen.Width, screen.Height), {}, {}, nil, 0
   for _, block in ipairs(blocks) do
     local image = block.Picture
-    local said = controls.read(block)
+    local said = read_control(block)
     if said then
       control = said
     elseif image then
@@ -116,6 +123,21 @@ function optimising.optimised(blocks, screen, tolerance)
     end
   end
   return result
+end
+
+-- A document that shows what the given one does, from fewer bytes; nil and the reason. tolerance as above.
+---@param of Document
+---@return Document?
+---@return string? why
+function optimising.smaller(of, tolerance)
+  local gif, list = of:build(), {}
+  for _, block in pairs(gif) do list[#list + 1] = block end
+  local blocks, why = optimising.optimised(list, gif.Screen, tolerance)
+  if not blocks then return nil, why end
+  local result = GIFZKV()
+  result.Screen, result.Header = gif.Screen, "GIF89a" -- its graphic controls are extensions
+  for _, block in ipairs(blocks) do result:Add(block) end
+  return document.read(result)
 end
 
 return optimising

@@ -1,6 +1,6 @@
 -- What in a GIF is likely to be a mistake, in sentences that say what comes of it.
 
-local animation, survey, text = require "animation", require "survey", require "text"
+local composing, survey, text = require "gif.composing", require "gif.survey", require "gif.text"
 
 local warnings = {}
 
@@ -13,8 +13,8 @@ end
 
 -- How many colours of a table could be left out. Tables have 2, 4, 8, ... 256 entries: nothing is said unless the
 -- next smaller one would do.
-local function spare(colours, counts)
-  local used = survey.highest_used(counts) + 1
+local function spare(colours, highest_used)
+  local used = highest_used + 1
   return #colours > 2 and used <= #colours // 2 and #colours - used or 0
 end
 
@@ -30,9 +30,9 @@ local kAboutFrames = {
   { function(frame) return #frame.colours > 0 and (frame.transparent or -1) >= #frame.colours end,
     "%s: the transparent index lies beyond the colours. Some viewers show no transparency there." },
   { function(frame)
-      return frame.counts and #frame.colours > 0 and survey.highest_used(frame.counts) >= #frame.colours end,
+      return frame.highest_used and #frame.colours > 0 and frame.highest_used >= #frame.colours end,
     "%s: pixels beyond the colours. What they look like is up to the viewer, and saving can't keep them all." },
-  { function(frame) return frame.own_colours and frame.counts and spare(frame.colours, frame.counts) > 0 end,
+  { function(frame) return frame.own_colours and frame.highest_used and spare(frame.colours, frame.highest_used) > 0 end,
     "%s: the last half of its own colours, or more, is unused. A smaller table would do." },
   { function(frame) return frame.disposal > kHighestDisposal end, "%s: a disposal that no one has defined." },
 }
@@ -48,13 +48,13 @@ function warnings.of(found)
   if found.screen_width * found.screen_height == 0 then
     say("The logical screen is %d × %d pixels. Viewers guess its size.", found.screen_width, found.screen_height)
   end
-  if found.width * found.height > 0 and not animation.can_draw(found.width, found.height) then
+  if found.width * found.height > 0 and not composing.can_draw(found.width, found.height) then
     say("The screen is %d × %d pixels, more than many viewers can show. It is not drawn here.", found.width, found.height)
   end
   if #found.colours > 0 and found.background >= #found.colours then
     say("The background index, %d, lies beyond the %d colours of the global table.", found.background, #found.colours)
   end
-  local unused = spare(found.colours, found.counts)
+  local unused = spare(found.colours, survey.highest_used(found.counts))
   if #found.frames > 0 and #found.colours > 0 and unused == #found.colours then
     say("Global table: no image uses it.")
   elseif #found.frames > 0 and unused > 0 then

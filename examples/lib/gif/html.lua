@@ -1,6 +1,6 @@
 -- Text and pictures inside a page.
 
-local text = require "text"
+local text = require "gif.text"
 
 local html = {}
 

@@ -1,7 +1,7 @@
 -- Files and folders, with reasons when something fails. Whatever writes a file writes it here: the old one stays until
 -- the new one is whole.
 
-local comparing = require "comparing"
+local comparing = require "gif.comparing"
 
 local files = {}
 
@@ -68,13 +68,14 @@ end
 
 -- --- Writing -----------------------------------------------------------------------------------------------------------
 
--- Calls fill(file) with a new OutputFile for the path, and keeps that when it gives true; nil and the reason.
-local function replaced(path, fill)
+-- Calls fill(file) with a new OutputFile for the path, and keeps that when it gives true, only_new where nothing is
+-- there yet; nil and the reason.
+local function replaced(path, fill, only_new)
   local started, file = pcall(OutputFile, path)
   if not started then return nil, file.message end
   local called, filled, why = pcall(fill, file)
   if called and filled then
-    local kept, problem = pcall(file.Keep, file)
+    local kept, problem = pcall(only_new and file.KeepNew or file.Keep, file)
     if kept then return true end
     why = problem.message
   end
@@ -91,8 +92,9 @@ function files.write(path, bytes)
   end)
 end
 
--- Saves a document, and reads back what was written: that a disk is full shows nowhere else. true; nil and the reason.
-function files.save_gif(gif, path)
+-- Saves a document, and reads back what was written: that a disk is full shows nowhere else. With
+-- only_new nothing is replaced. true; nil and the reason.
+function files.save_gif(gif, path, only_new)
   return replaced(path, function(file)
     if not FolderItem(file.Path):SaveAsGIFZKV(gif) then return nil, path .. ": cannot be written" end
     local written = FolderItem(file.Path):OpenAsGIFZKV()
@@ -100,7 +102,7 @@ function files.save_gif(gif, path)
     if not difference then return true end
     local refusal = file:Refusal()
     return nil, refusal ~= "" and refusal or ("%s: is not what was written: %s"):format(path, difference)
-  end)
+  end, only_new)
 end
 
 -- Saves a picture as PNG; nil and the reason.

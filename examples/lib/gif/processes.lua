@@ -1,6 +1,6 @@
 -- Runs commands of the shell, several at a time.
 
-local files = require "files"
+local files = require "gif.files"
 
 local processes = {}
 

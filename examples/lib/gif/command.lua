@@ -1,6 +1,6 @@
 -- The command line of a script: what it takes, its --help, its errors and exit statuses.
 
-local files, progress, text = require "files", require "progress", require "text"
+local files, progress, text = require "gif.files", require "gif.progress", require "gif.text"
 
 local command = {}
 
@@ -17,15 +17,33 @@ local function stop(status, message)
   os.exit(status, true)
 end
 
-function command.fail(message) stop(kFailed, message) end
+-- While command.attempt() runs it is that which fails, not the program.
+local attempts = 0
+function command.fail(message)
+  if attempts > 0 then error(setmetatable({ message = message }, { __tostring = function(self) return self.message end })) end
+  stop(kFailed, message)
+end
 
-local function reject(message) stop(kWrongUsage, message .. "; --help tells more") end
+-- Calls f. Gives what it gives; nil and the reason when it fails.
+function command.attempt(f, ...)
+  attempts = attempts + 1
+  local results = table.pack(pcall(f, ...))
+  attempts = attempts - 1
+  if results[1] then return table.unpack(results, 2, results.n) end
+  return nil, tostring(results[2])
+end
+
+function command.reject(message) stop(kWrongUsage, message .. "; --help tells more") end
+local reject = command.reject
 
 local function print_help(wanted)
   local rows, longest = { table.unpack(wanted.options) }, 0
   rows[#rows + 1] = { "--help", "this text" }
   for _, row in ipairs(rows) do longest = math.max(longest, #row[1]) end
   print(("Usage: gifhost %s %s%s"):format(arg[0], #wanted.options > 0 and "[OPTION...] " or "", wanted.operands))
+  for name, names in pairs(wanted.operands_with or {}) do
+    print(("       gifhost %s --%s ... [OPTION...] %s"):format(arg[0], name, names))
+  end
   print(wanted.about .. "\n")
   for _, row in ipairs(rows) do print(("  %-" .. longest .. "s  %s"):format(row[1], row[2])) end
   if wanted.more then print("\n" .. wanted.more) end
@@ -102,7 +120,7 @@ end
 
 -- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE...", "[FILE...] OUT"); options,
 -- rows of a name, what it does and the kind of its value ("--json", or "--jobs N" with command.whole(1)); more, what
--- the help says after them.
+-- the help says after them; operands_with, other operands for when that option is given.
 -- Gives the options by name and the list of operands, or ends the program: with the help, or saying what is wrong.
 function command.parse(wanted)
   local options, operands, place = {}, {}, 1
@@ -121,6 +139,9 @@ function command.parse(wanted)
       operands[#operands + 1] = argument
       place = place + 1
     end
+  end
+  for name, names in pairs(wanted.operands_with or {}) do
+    if options[name] then wanted.operands = names end
   end
   check_count(wanted, #operands)
   check_output(wanted, operands)

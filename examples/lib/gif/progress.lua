@@ -18,17 +18,24 @@ function progress.clear()
   shown = false
 end
 
+local function time(seconds)
+  if seconds < 120 then return seconds .. " s" end
+  return seconds < 7200 and seconds // 60 .. " min" or ("%d h %02d min"):format(seconds // 3600, seconds % 3600 // 60)
+end
+
 -- Starts a bar of so many steps; gives the function that takes one step.
 function progress.start(total, noun)
-  local started, done, drawn = os.time(), 0, -1
+  local started, done, drawn = os.time(), 0, 0
   return function()
     done = done + 1
     if done == total then return progress.clear() end
+    local now = os.time()
+    local passed = now - started
+    if passed <= kPatience or now == drawn or not is_terminal() then return end
     local filled = done * kWidth // total
-    if os.time() - started <= kPatience or filled == drawn or not is_terminal() then return end
-    io.stderr:write(("\27[K[%s%s] %d of %d %s\r"):format(
-      ("#"):rep(filled), ("."):rep(kWidth - filled), done, total, noun))
-    drawn, shown = filled, true
+    io.stderr:write(("\27[K[%s%s] %d of %d %s, %d a second, %s left\r"):format(
+      ("#"):rep(filled), ("."):rep(kWidth - filled), done, total, noun, done // passed, time((total - done) * passed // done)))
+    drawn, shown = now, true
   end
 end
 

@@ -1,6 +1,6 @@
 -- What extensions say. Sections are those of GIF89a.
 
-local text = require "text"
+local text = require "gif.text"
 
 local extensions = {}
 
@@ -85,6 +85,9 @@ local kDescriptions = {
     return text.list { text.quoted(of.application, kLongestText), of.loops and loops_text(of.loops) or "" }
   end,
 }
+
+-- The bytes of all sub-blocks.
+function extensions.payload(of) return table.concat(of.sub_blocks) end
 
 function extensions.name(of) return of.kind or ("extension 0x%02X"):format(of.label) end
 

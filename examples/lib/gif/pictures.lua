@@ -1,7 +1,7 @@
 -- An animation of PNG files: their colours reduced, and of each picture no more stored than what is new in it.
 
-local animation, command, files = require "animation", require "command", require "files"
-local optimising, progress = require "optimising", require "progress"
+local command, composing, files = require "gif.command", require "gif.composing", require "gif.files"
+local optimising, progress = require "gif.optimising", require "gif.progress"
 
 local pictures = {}
 
@@ -11,7 +11,7 @@ local kDithering = { none = 0, diffusion = 1, ordered = 2 }
 local function load(path)
   local picture, why = files.load_png(path)
   if not picture then command.fail(why) end
-  animation.sweep(picture.Width * picture.Height)
+  composing.sweep(8 * picture.Width * picture.Height)
   return picture
 end
 

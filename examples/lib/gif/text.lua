@@ -64,6 +64,18 @@ function text.shown(name)
   return table.concat(shown)
 end
 
+-- Sixteen bytes a line: the offset, the bytes, and those that are printable; at most so many bytes.
+function text.hex(bytes, most)
+  local lines, last = {}, math.min(#bytes, most or #bytes)
+  for at = 1, last, 16 do
+    local line = bytes:sub(at, math.min(at + 15, last))
+    local digits = line:gsub(".", function(c) return ("%02x "):format(c:byte()) end)
+    lines[#lines + 1] = ("%04x  %-48s %s"):format(at - 1, digits, line:gsub("[^ -~]", "."))
+  end
+  if last < #bytes then lines[#lines + 1] = ("… and %s more"):format(text.count(#bytes - last, "byte")) end
+  return table.concat(lines, "\n")
+end
+
 -- Valid UTF-8 as it is; other bytes read as Latin-1.
 function text.utf8(bytes)
   if utf8.len(bytes) then return bytes end

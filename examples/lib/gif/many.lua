@@ -1,0 +1,268 @@
+-- Many files: each looked at in one of several processes, so that one that breaks or hangs does not stop the others.
+--
+-- The files are dealt out in bundles. A bundle is a file of names; the process that it is given to writes a line for
+-- each name into another, which is passed on when the process is done. What has no line was not done: the first of these
+-- stopped the process, the rest are dealt out again.
+
+local command, files, json = require "gif.command", require "gif.files", require "gif.json"
+local processes, progress, text = require "gif.processes", require "gif.progress", require "gif.text"
+
+local many = {}
+
+local kSeconds = 60 -- that one file may take
+local kShort, kLong, kLargestBundle = 3, 20, 64 -- bundles that take fewer seconds grow, others shrink
+local kAlarmSignal = 14
+-- The environment's variables that make a process one that looks at a bundle: the files of its names and its lines.
+local kNames, kLines = "GIF_BUNDLE_NAMES", "GIF_BUNDLE_LINES"
+
+many.options = {
+  { "--files-from FILE", "look at the files that it names, one a line or with zero bytes between; - is standard input",
+    command.text },
+  { "--jobs N", "files at a time (default: as many as there are processors)", command.whole(1, 200) },
+  { "--timeout SECONDS", ("that a file may take (default: %d)"):format(kSeconds), command.whole(1, 1000000) },
+  { "--resume LOG", "add lines to this file, and leave out what it has lines for", command.text },
+}
+
+-- Whether a command line is about many files: it has one of the options, or names a folder.
+function many.is_asked_for(options, paths)
+  if os.getenv(kNames) or options["files-from"] or options.jobs or options.timeout or options.resume then return true end
+  for _, path in ipairs(paths) do
+    local facts = host.stat(path)
+    if facts and facts.kind == "folder" then return true end
+  end
+  return false
+end
+
+-- --- Names ---------------------------------------------------------------------------------------------------------------
+
+-- Calls f(name) for each part of an open file that ends with that byte, the last one's may be missing.
+local function for_each_part(file, ending, f)
+  local rest = ""
+  while true do
+    local bytes = file:read(1 << 16)
+    if not bytes then break end
+    rest = rest .. bytes
+    local at = 1
+    while true do
+      local last = rest:find(ending, at, true)
+      if not last then break end
+      f(rest:sub(at, last - 1))
+      at = last + 1
+    end
+    rest = rest:sub(at)
+  end
+  if rest ~= "" then f(rest) end
+end
+
+-- A name below the folder that it is mirrored in: without what leads out of it.
+local function below(path) return (path:gsub("^[/.]*/", "")) end
+
+-- The files that paths and a list name, in a scratch file: path and name for mirroring, a zero byte after each. Folders
+-- stand for all files in them named *.gif. Gives the file and how many there are.
+local function gather(paths, list)
+  local names <const>, count = OutputFile(), 0
+  local written = {}
+  local function flush()
+    names:Write(table.concat(written))
+    written = {}
+  end
+  local function add(path, mirrored)
+    written[#written + 1] = path .. "\0" .. mirrored .. "\0"
+    count = count + 1
+    if #written > 1000 then flush() end
+  end
+  for _, path in ipairs(paths) do
+    local facts, why = host.stat(path)
+    if not facts then command.fail(why) end
+    if facts.kind == "folder" then
+      local root = path:gsub("/*$", "/")
+      local pipe <close> = io.popen("find -L -- " .. files.quoted(root) .. " -type f -iname '*.gif' -print0 | LC_ALL=C sort -z")
+      for_each_part(pipe, "\0", function(name) add(name, name:sub(#root + 1)) end)
+    else
+      add(path, path:match("[^/]*$"))
+    end
+  end
+  if list then
+    local settled, why = files.settled(list == "-" and "/dev/stdin" or list)
+    if not settled then command.fail(why) end
+    local file <close> = assert(io.open(settled, "rb"))
+    local has_zeros = (file:read(1 << 16) or ""):find("\0", 1, true)
+    file:seek("set")
+    for_each_part(file, has_zeros and "\0" or "\n", function(name) if name ~= "" then add(name, below(name)) end end)
+  end
+  flush()
+  return names, count
+end
+
+-- Gives the next path and name of a file that gather() made; nil at its end.
+local function reader(path)
+  local file, waiting, at = io.open(path, "rb"), {}, 1
+  local rest = ""
+  return function()
+    while not waiting[at] do
+      local bytes = file:read(1 << 16)
+      if not bytes then return nil end
+      waiting, at = {}, 1
+      local taken = 1
+      rest = rest .. bytes
+      for name, mirrored, after in rest:gmatch("([^\0]*)\0([^\0]*)\0()") do
+        waiting[#waiting + 1], taken = { name, mirrored }, after
+      end
+      rest = rest:sub(taken)
+    end
+    at = at + 1
+    return table.unpack(waiting[at - 1])
+  end
+end
+
+-- Calls f(path) for each file that paths and a list name, in this process. Gives how many there were.
+function many.each(paths, list, f)
+  local names <const>, count = gather(paths, list)
+  for path in reader(names.Path) do f(path) end
+  return count
+end
+
+-- --- A process that looks at a bundle ------------------------------------------------------------------------------------
+
+-- A line each, written at once: a process that is stopped loses none of them.
+local function work_through(seconds, work)
+  local results <close> = assert(io.open(os.getenv(kLines), "r+b"))
+  local next_name = reader(os.getenv(kNames))
+  for path, mirrored in next_name do
+    host.alarm(seconds)
+    local called, result, why = pcall(work, path, mirrored)
+    host.alarm(0)
+    local line = called and result or { error = text.shown(tostring(called and why or result)) }
+    results:write(json.line(path, line), "\n")
+    results:flush()
+    collectgarbage()
+  end
+end
+
+-- --- The one that deals them out -----------------------------------------------------------------------------------------
+
+local function start(bundle)
+  local words = processes.this_program()
+  table.move(arg, 0, #arg, #words + 1, words)
+  local command_line = ("exec env %s=%s %s=%s %s 2>&1 <&-"):format(kNames, files.quoted(bundle.file.Path),
+    kLines, files.quoted(bundle.lines.Path), processes.command(words))
+  bundle.started, bundle.pipe = os.time(), io.popen(command_line)
+end
+
+local function new_bundle(names)
+  local parts = {}
+  for i, name in ipairs(names) do parts[i] = name[1] .. "\0" .. name[2] .. "\0" end
+  local bundle = { names = names, file = OutputFile(), lines = OutputFile() }
+  bundle.file:Write(table.concat(parts))
+  start(bundle)
+  return bundle
+end
+
+local function reason(output, kind, status, seconds)
+  if kind == "signal" and status == kAlarmSignal then return "not done after " .. text.count(seconds, "second") end
+  if kind == "signal" then return "stopped by signal " .. status end
+  local said = output:match("([^\n]+)\n?$") or "no output"
+  return ("%s (status %d)"):format(said, status)
+end
+
+-- Waits for a bundle, and passes on its lines. Gives the names that are left when its process was stopped.
+local function finish(bundle, seconds, pass_on)
+  local output = bundle.pipe:read("a")
+  local _, kind, status = bundle.pipe:close()
+  local done = 0
+  for line in io.lines(bundle.lines.Path, "L") do
+    if line:sub(-1) == "\n" then
+      done = done + 1
+      pass_on(line)
+    end
+  end
+  bundle.file:Discard()
+  bundle.lines:Discard()
+  if done == #bundle.names then return {} end
+  local culprit = bundle.names[done + 1][1]
+  pass_on(json.line(culprit, { error = text.shown(reason(output, kind, status, seconds)) }) .. "\n")
+  return table.move(bundle.names, done + 2, #bundle.names, 1, {})
+end
+
+-- The names that a log has whole lines for; what is behind the last of them is cut off.
+local function read_log(path)
+  local done, whole, size = {}, 0, 0
+  local file <close> = io.open(path, "rb")
+  for line in file and file:lines("L") or function() end do
+    size = size + #line
+    local name = line:sub(-1) == "\n" and json.name_in(line)
+    if name then done[name], whole = true, size end
+  end
+  if whole < size then os.execute(("truncate -s %d -- %s"):format(whole, files.quoted(path))) end
+  return done
+end
+
+-- Looks at many files. wanted: options, those of many.options; paths; work(path, mirrored), which gives a table of
+-- fields for JSON, or nil and the reason; show(line), in place of writing the line. Gives how many there were and how
+-- many failed.
+function many.run(wanted)
+  local options = wanted.options
+  local seconds = options.timeout or kSeconds
+  if os.getenv(kNames) then
+    work_through(seconds, wanted.work)
+    os.exit(0, true)
+  end
+  local names <const>, count = gather(wanted.paths, options["files-from"])
+  if count == 0 then command.fail("no files named *.gif there") end
+  local log, done
+  if options.resume then
+    done = read_log(options.resume)
+    local opened, why = io.open(options.resume, "ab")
+    log = opened or command.fail(why)
+  end
+  local failed, total = 0, 0
+  local step = progress.start(count, "files")
+  local function pass_on(line)
+    progress.clear()
+    local has_failed = line:find('^{"file":"[^"]*","error":')
+    if has_failed then failed = failed + 1 end
+    if log then
+      assert(log:write(line))
+    elseif wanted.show then
+      wanted.show(line, has_failed)
+    elseif not line:find('"left_out":true}\n', 1, true) then
+      io.stdout:write(line)
+    end
+    total = total + 1
+    step()
+  end
+
+  local next_name, size = reader(names.Path), 1
+  local function take(wished)
+    local taken = {}
+    while #taken < wished do
+      local path, mirrored = next_name()
+      if not path then break end
+      if done and done[path] then step() else taken[#taken + 1] = { path, mirrored } end
+    end
+    return #taken > 0 and taken or nil
+  end
+  local running, sink = {}, log or io.stdout
+  for _ = 1, options.jobs or processes.count() do
+    local taken = take(size)
+    if taken then running[#running + 1] = new_bundle(taken) end
+  end
+  while #running > 0 do -- the oldest first, so that lines come in the order of the names
+    local bundle = table.remove(running, 1)
+    local left = finish(bundle, seconds, pass_on)
+    sink:flush()
+    if #left > 0 then
+      table.insert(running, 1, new_bundle(left))
+    else
+      local took = os.time() - bundle.started
+      if took < kShort then size = math.min(size * 2, kLargestBundle) end
+      if took > kLong then size = math.max(1, size // 2) end
+      local taken = take(size)
+      if taken then running[#running + 1] = new_bundle(taken) end
+    end
+  end
+  if log then log:close() end
+  return total, failed
+end
+
+return many
