@@ -233,7 +233,7 @@ void Film::ShareTable() {
       those.clear();
     }
   }
-  table_ = TableOf(std::move(shared));
+  table_ = TableWithRoom(std::move(shared));
 }
 
 bool Film::Plan(const Wishes& wishes) {
@@ -241,11 +241,11 @@ bool Film::Plan(const Wishes& wishes) {
   const bool fits = ColorsFit();
   if (!PlanSteps(wishes.exact && !fits)) return false;
   if (fits) {
-    table_ = TableOf(colors_.distinct());
+    table_ = has_clear_ ? TableWithRoom(colors_.distinct()) : Table(colors_.distinct());
   } else if (wishes.exact) {
     ShareTable();
   } else if (wishes.tables != Tables::kOwn) {
-    table_ = TableOf(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
+    table_ = TableWithRoom(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
     nearest_.emplace(table_.colors());
   }
   wishes_.exact = wishes.exact || fits;
@@ -254,10 +254,10 @@ bool Film::Plan(const Wishes& wishes) {
   return true;
 }
 
-// With an index to spare where some pixels must be transparent.
-Table Film::TableOf(std::vector<uint32_t> colors) const {
+// A table with an index to spare: for pixels that must be transparent, or have a colour that is only below.
+Table Film::TableWithRoom(std::vector<uint32_t> colors) {
   const bool full = colors.size() >= 2 && (colors.size() & (colors.size() - 1)) == 0;
-  if (has_clear_ && full) colors.push_back(0);
+  if (full) colors.push_back(0);
   return Table(std::move(colors));
 }
 
@@ -271,7 +271,7 @@ bool Film::ColorsFit() const {
 // ----------------------------------------------------------------------------------------------------------
 
 Table Film::OwnTable(const Step& step) const {
-  if (wishes_.exact) return TableOf(step.colors);
+  if (wishes_.exact) return TableWithRoom(step.colors);
   Quantiser colors;
   for (int y = step.place.top; y < step.place.bottom; ++y) {
     for (int x = step.place.left; x < step.place.right; ++x) {
@@ -280,7 +280,7 @@ Table Film::OwnTable(const Step& step) const {
   }
   std::vector<uint32_t> chosen = colors.Choose(static_cast<size_t>(wishes_.most_colors - 1));
   if (chosen.empty()) chosen.push_back(0);  // an image has some table even where it shows nothing new
-  return TableOf(std::move(chosen));
+  return TableWithRoom(std::move(chosen));
 }
 
 // Whether a table of its own makes a frame look better enough to be worth its bytes.
@@ -320,7 +320,8 @@ std::optional<StoredImage> Film::Next() {
     Reduce({&source_, &source_below_, &below_, step.place}, table.colors(), has_own ? *own_nearest : *nearest_,
            wishes_.dithering, wanted_);
   }
-  const int tolerance = wishes_.tolerance * wishes_.tolerance;
+  // What is off by more than a code is worth is looked at again.
+  const int tolerance = CodeCost(wishes_.tolerance);
   Task task{&below_, &wanted_, step.place, &source_, wishes_.tolerance};
   if (step.disposal != kRestoreBackground) {
     task.place = Bounds(step.place, below_.width, [&](size_t at) {

@@ -82,7 +82,7 @@ class Film {
   bool PlanSteps(bool gather_colors);
   void ShareTable();
   bool ColorsFit() const;
-  Table TableOf(std::vector<uint32_t> colors) const;
+  static Table TableWithRoom(std::vector<uint32_t> colors);
   Table OwnTable(const Step& step) const;
   bool IsBetterOwn(const Step& step, const Table& own);
 
