@@ -86,8 +86,7 @@ void Frames::Apply(size_t frame, Canvas& to) const {
   }
 }
 
-// --- Drawing
-// ----------------------------------------------------------------------------------------------------------
+// --- Drawing ---
 
 Film::Film(int width, int height)
     : canvas_{width, height, std::vector<uint32_t>(static_cast<size_t>(width) * static_cast<size_t>(height), kClear)},
@@ -135,8 +134,7 @@ void Film::Keep() {
   }
 }
 
-// --- Planning: what each image must hold, and what becomes of it
-// ------------------------------------------------------
+// --- Planning ---
 
 // Where pixels of one frame are gone in the next.
 Rect Film::Cleared(const Canvas& now, const Canvas& next, const Rect& within) const {
@@ -241,7 +239,8 @@ bool Film::Plan(const Wishes& wishes) {
   const bool fits = ColorsFit();
   if (!PlanSteps(wishes.exact && !fits)) return false;
   if (fits) {
-    table_ = has_clear_ ? TableWithRoom(colors_.distinct()) : Table(colors_.distinct());
+    std::vector<uint32_t> all = colors_.Choose(kMostColors);
+    table_ = has_clear_ ? TableWithRoom(std::move(all)) : Table(std::move(all));
   } else if (wishes.exact) {
     ShareTable();
   } else if (wishes.tables != Tables::kOwn) {
@@ -263,12 +262,10 @@ Table Film::TableWithRoom(std::vector<uint32_t> colors) {
 
 // Whether one table has room for all colours as they are.
 bool Film::ColorsFit() const {
-  const size_t clear = has_clear_ ? 1 : 0;
-  return colors_.distinct().size() + clear <= static_cast<size_t>(wishes_.most_colors);
+  return colors_.HasAtMost(static_cast<size_t>(wishes_.most_colors - (has_clear_ ? 1 : 0)));
 }
 
-// --- Storing
-// ----------------------------------------------------------------------------------------------------------
+// --- Storing ---
 
 Table Film::OwnTable(const Step& step) const {
   if (wishes_.exact) return TableWithRoom(step.colors);
