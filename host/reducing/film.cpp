@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/reducing/code_strings.h"
+#include "host/reducing/quality.h"
 
 namespace host {
 namespace {
@@ -244,13 +245,22 @@ bool Film::Plan(const Wishes& wishes) {
   } else if (wishes.exact) {
     ShareTable();
   } else if (wishes.tables != Tables::kOwn) {
-    table_ = TableWithRoom(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
+    table_ = TableWithRoom(ChosenFrom(colors_));
     nearest_.emplace(table_.colors());
   }
   wishes_.exact = wishes.exact || fits;
   source_ = below_ = Blank();
   wanted_ = source_below_ = source_;
   return true;
+}
+
+// Leaves an index for what is transparent.
+std::vector<uint32_t> Film::ChosenFrom(const Quantiser& colors) const {
+  const auto most = static_cast<size_t>(wishes_.most_colors - 1);
+  if (wishes_.quality > 0) {
+    if (auto chosen = ChooseByQuality(colors, most, wishes_.quality)) return *std::move(chosen);
+  }
+  return colors.Choose(most);
 }
 
 // A table with an index to spare: for pixels that must be transparent, or have a colour that is only below.
@@ -275,7 +285,7 @@ Table Film::OwnTable(const Step& step) const {
       if (source_.row(y)[x] != kClear && source_.row(y)[x] != source_below_.row(y)[x]) colors.Add(source_.row(y)[x]);
     }
   }
-  std::vector<uint32_t> chosen = colors.Choose(static_cast<size_t>(wishes_.most_colors - 1));
+  std::vector<uint32_t> chosen = ChosenFrom(colors);
   if (chosen.empty()) chosen.push_back(0);  // an image has some table even where it shows nothing new
   return TableWithRoom(std::move(chosen));
 }

@@ -151,7 +151,8 @@ std::vector<Way> WaysFor(const Choices& choices, size_t width, int code_size, si
   return {ways[static_cast<size_t>(std::min_element(bytes.begin(), bytes.end()) - bytes.begin())]};
 }
 
-NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& choices, std::vector<uint8_t> nearest) {
+NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& choices,
+                          std::vector<uint8_t> nearest) {
   NearChoices near;
   const size_t count = task.place.size();
   near.wanted.resize(count);

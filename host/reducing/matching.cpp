@@ -115,8 +115,8 @@ class StringTree {
   uint16_t sibling_[4096];
 };
 
-// A string that goes on from the one in hand, or from a pixel after its code has been written, and what that costs: the
-// squared distances of its pixels, and the code.
+// A string that goes on from the one in hand, or from a pixel after its code has been written, and what that costs:
+// the squared distances of its pixels, and the code.
 struct Followed {
   uint32_t code;
   int64_t cost;

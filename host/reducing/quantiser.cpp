@@ -15,7 +15,8 @@ constexpr int kSlotBits = 16;
 constexpr uint32_t kSlots = 1u << kSlotBits;
 constexpr int kBits = 6;  // of each primary colour in a cell's number: its pixels count as their mean
 constexpr uint32_t kCells = 1u << 3 * kBits;
-constexpr int kRounds = 12;  // of moving colours to the mean of their pixels; few give more than a thousandth after that
+constexpr int kRounds =
+    12;  // of moving colours to the mean of their pixels; few give more than a thousandth after that
 
 using Point = Quantiser::Point;
 
@@ -213,7 +214,8 @@ std::vector<Point> Quantiser::Points() const {
     const auto mean = [&](int shift, uint32_t sum) {
       return part((at >> shift & 0x3F) << (8 - kBits)) + static_cast<float>(sum) / static_cast<float>(cell.count);
     };
-    points.push_back({{mean(2 * kBits, cell.red), mean(kBits, cell.green), mean(0, cell.blue)}, static_cast<float>(cell.count)});
+    points.push_back(
+        {{mean(2 * kBits, cell.red), mean(kBits, cell.green), mean(0, cell.blue)}, static_cast<float>(cell.count)});
   }
   return points;
 }

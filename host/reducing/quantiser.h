@@ -22,6 +22,7 @@ class Quantiser {
     std::array<float, 3> at;
     float count;
   };
+  std::vector<Point> Points() const;  // what was added; those of a small cell may be one
 
  private:
   struct Seen {
@@ -37,8 +38,6 @@ class Quantiser {
 
   void AddToCell(uint32_t rgb, uint32_t times);
   void Fold();
-  std::vector<Point> Points() const;
-
   // Each colour for itself, until they are too many: then those of a cell of the cube together.
   std::vector<Seen> seen_;
   std::vector<uint32_t> slots_;  // a hash table of places in seen_, plus one
