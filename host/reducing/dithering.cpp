@@ -44,8 +44,8 @@ class Reducer {
     });
   }
 
-  // Floyd's and Steinberg's shares of what a pixel's colour is off: 7 of 16 to the right, 3, 5 and 1 below. No more is
-  // carried than lies between colours: beyond the outermost it would pile up, and come out as specks.
+  // Floyd's and Steinberg's shares of what a pixel's colour is off: 7 of 16 to the right, 3, 5 and 1 below. No more
+  // is carried than lies between colours: beyond the outermost it would pile up, and come out as specks.
   void Diffuse() {
     const int most = Spacing();
     std::vector<Triple> off(width() + 2);
