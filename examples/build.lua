@@ -26,6 +26,7 @@ local options, operands = command.parse {
     { "--own-tables", "the same as --tables own" },
     { "--dither HOW", "mix colours that are not in the table: none, diffusion or ordered (default: none)",
       choice("none", "diffusion", "ordered") },
+    { "--quality N", "no more colours than that quality takes, 1 to 100; where libimagequant is built in", command.whole(1, 100) },
     { "--lossy N", "colours may be up to that far from the right ones where it makes the file smaller: 1 to 255",
       command.whole(1, 255) },
     { "--delay SECONDS", "that each picture stays (default: 0.1)", command.seconds },
@@ -47,7 +48,7 @@ end
 
 local animation = #operands == 0 and planet.animation(options.delay) or pictures.animation(operands, {
   colours = options.colours or 256, delay_cs = options.delay or 10, tolerance = options.lossy,
-  tables = options["own-tables"] and "own" or options.tables, dithering = options.dither })
+  tables = options["own-tables"] and "own" or options.tables, dithering = options.dither, quality = options.quality })
 
 local gif = GIFZKV()
 gif.Header = "GIF89a"

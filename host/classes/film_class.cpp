@@ -14,6 +14,7 @@
 #include "host/host/picture.h"
 #include "host/host/string.h"
 #include "host/reducing/film.h"
+#include "host/reducing/quality.h"
 
 namespace host {
 namespace {
@@ -111,14 +112,18 @@ int8_t GetChanged(REALobjectStruct* self, int64_t) { return FilmOf(self, false).
 void KeepFrame(REALobjectStruct* self) { FilmOf(self, false).Keep(); }
 
 int8_t Plan(REALobjectStruct* self, int64_t colors, int8_t exact, int64_t tables, int64_t dithering,
-            int64_t tolerance) {
+            int64_t tolerance, int64_t quality) {
   Film& film = FilmOf(self, false);
   if (colors < 2 || colors > 256 || tables < 0 || tables > 2 || dithering < 0 || dithering > 2 || tolerance < 0 ||
-      tolerance > 255) {
+      tolerance > 255 || quality < 0 || quality > 100) {
     OutOfBounds("A film is planned with 2 to 256 colours and kinds of tables and dithering from 0 to 2.");
   }
-  const Wishes wishes{static_cast<int>(colors), exact != 0, static_cast<Tables>(tables),
-                      static_cast<Dithering>(dithering), static_cast<int>(tolerance)};
+  if (quality > 0 && !CanChooseByQuality()) {
+    throw std::runtime_error("This host was built without libimagequant, which finds colours for a quality.");
+  }
+  const Wishes wishes{static_cast<int>(colors),    exact != 0,
+                      static_cast<Tables>(tables), static_cast<Dithering>(dithering),
+                      static_cast<int>(tolerance), static_cast<int>(quality)};
   Self<FilmObject>(self)->planned = true;
   return film.Plan(wishes);
 }
@@ -179,7 +184,7 @@ void AddFilmClass(Host& host) {
       MethodRow("Show(image as Picture, left as Integer = 0, top as Integer = 0)", Native<ShowPicture>),
       MethodRow("Keep()", Native<KeepFrame>),
       MethodRow("Plan(colors as Integer, exact as Boolean, tables as Integer = 0, dithering as Integer = 0, "
-                "tolerance as Integer = 0) as Boolean",
+                "tolerance as Integer = 0, quality as Integer = 0) as Boolean",
                 Native<Plan>),
       MethodRow("Next() as Boolean", Native<Next>),
       MethodRow("Pixels() as MemoryBlock", Native<GetPixels>),

@@ -44,8 +44,10 @@ class Reducer {
     });
   }
 
-  // Floyd's and Steinberg's shares of what a pixel's colour is off: 7 of 16 to the right, 3, 5 and 1 below.
+  // Floyd's and Steinberg's shares of what a pixel's colour is off: 7 of 16 to the right, 3, 5 and 1 below. No more
+  // is carried than lies between colours: beyond the outermost it would pile up, and come out as specks.
   void Diffuse() {
+    const int most = Spacing();
     std::vector<Triple> off(width() + 2);
     std::vector<Triple> off_next(width() + 2);
     ForEachRow([&](size_t row) {
@@ -55,7 +57,7 @@ class Reducer {
         const uint32_t source = Source(at);
         if (Stays(at, source)) continue;
         Triple added;
-        for (size_t k = 0; k < 3; ++k) added[k] = off[x + 1][k] / 16;
+        for (size_t k = 0; k < 3; ++k) added[k] = std::clamp(off[x + 1][k] / 16, -most, most);
         const uint32_t asked = Clamped(source, added);
         const uint32_t found = Find(asked);
         wanted_.pixels[at] = found;

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "host/reducing/code_strings.h"
+#include "host/reducing/quality.h"
 
 namespace host {
 namespace {
@@ -86,8 +87,7 @@ void Frames::Apply(size_t frame, Canvas& to) const {
   }
 }
 
-// --- Drawing
-// ----------------------------------------------------------------------------------------------------------
+// --- Drawing ---
 
 Film::Film(int width, int height)
     : canvas_{width, height, std::vector<uint32_t>(static_cast<size_t>(width) * static_cast<size_t>(height), kClear)},
@@ -135,8 +135,7 @@ void Film::Keep() {
   }
 }
 
-// --- Planning: what each image must hold, and what becomes of it
-// ------------------------------------------------------
+// --- Planning ---
 
 // Where pixels of one frame are gone in the next.
 Rect Film::Cleared(const Canvas& now, const Canvas& next, const Rect& within) const {
@@ -233,7 +232,7 @@ void Film::ShareTable() {
       those.clear();
     }
   }
-  table_ = TableOf(std::move(shared));
+  table_ = TableWithRoom(std::move(shared));
 }
 
 bool Film::Plan(const Wishes& wishes) {
@@ -241,11 +240,12 @@ bool Film::Plan(const Wishes& wishes) {
   const bool fits = ColorsFit();
   if (!PlanSteps(wishes.exact && !fits)) return false;
   if (fits) {
-    table_ = TableOf(colors_.distinct());
+    std::vector<uint32_t> all = colors_.Choose(kMostColors);
+    table_ = has_clear_ ? TableWithRoom(std::move(all)) : Table(std::move(all));
   } else if (wishes.exact) {
     ShareTable();
   } else if (wishes.tables != Tables::kOwn) {
-    table_ = TableOf(colors_.Choose(static_cast<size_t>(wishes.most_colors - 1)));
+    table_ = TableWithRoom(ChosenFrom(colors_));
     nearest_.emplace(table_.colors());
   }
   wishes_.exact = wishes.exact || fits;
@@ -254,33 +254,40 @@ bool Film::Plan(const Wishes& wishes) {
   return true;
 }
 
-// With an index to spare where some pixels must be transparent.
-Table Film::TableOf(std::vector<uint32_t> colors) const {
+// Leaves an index for what is transparent.
+std::vector<uint32_t> Film::ChosenFrom(const Quantiser& colors) const {
+  const auto most = static_cast<size_t>(wishes_.most_colors - 1);
+  if (wishes_.quality > 0) {
+    if (auto chosen = ChooseByQuality(colors, most, wishes_.quality)) return *std::move(chosen);
+  }
+  return colors.Choose(most);
+}
+
+// A table with an index to spare: for pixels that must be transparent, or have a colour that is only below.
+Table Film::TableWithRoom(std::vector<uint32_t> colors) {
   const bool full = colors.size() >= 2 && (colors.size() & (colors.size() - 1)) == 0;
-  if (has_clear_ && full) colors.push_back(0);
+  if (full) colors.push_back(0);
   return Table(std::move(colors));
 }
 
 // Whether one table has room for all colours as they are.
 bool Film::ColorsFit() const {
-  const size_t clear = has_clear_ ? 1 : 0;
-  return colors_.distinct().size() + clear <= static_cast<size_t>(wishes_.most_colors);
+  return colors_.HasAtMost(static_cast<size_t>(wishes_.most_colors - (has_clear_ ? 1 : 0)));
 }
 
-// --- Storing
-// ----------------------------------------------------------------------------------------------------------
+// --- Storing ---
 
 Table Film::OwnTable(const Step& step) const {
-  if (wishes_.exact) return TableOf(step.colors);
+  if (wishes_.exact) return TableWithRoom(step.colors);
   Quantiser colors;
   for (int y = step.place.top; y < step.place.bottom; ++y) {
     for (int x = step.place.left; x < step.place.right; ++x) {
       if (source_.row(y)[x] != kClear && source_.row(y)[x] != source_below_.row(y)[x]) colors.Add(source_.row(y)[x]);
     }
   }
-  std::vector<uint32_t> chosen = colors.Choose(static_cast<size_t>(wishes_.most_colors - 1));
+  std::vector<uint32_t> chosen = ChosenFrom(colors);
   if (chosen.empty()) chosen.push_back(0);  // an image has some table even where it shows nothing new
-  return TableOf(std::move(chosen));
+  return TableWithRoom(std::move(chosen));
 }
 
 // Whether a table of its own makes a frame look better enough to be worth its bytes.
@@ -320,7 +327,8 @@ std::optional<StoredImage> Film::Next() {
     Reduce({&source_, &source_below_, &below_, step.place}, table.colors(), has_own ? *own_nearest : *nearest_,
            wishes_.dithering, wanted_);
   }
-  const int tolerance = wishes_.tolerance * wishes_.tolerance;
+  // What is off by more than a code is worth is looked at again.
+  const int tolerance = CodeCost(wishes_.tolerance);
   Task task{&below_, &wanted_, step.place, &source_, wishes_.tolerance};
   if (step.disposal != kRestoreBackground) {
     task.place = Bounds(step.place, below_.width, [&](size_t at) {

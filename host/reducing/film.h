@@ -46,6 +46,8 @@ struct Wishes {
   Tables tables = Tables::kOne;
   Dithering dithering = Dithering::kNone;
   int tolerance = 0;  // how far colours may be from the right ones where that makes the file smaller
+  int quality =
+      0;  // 1 to 100: no more colours than that takes, where the library for it is built in; 0: as many as can be
 };
 
 // An animation: drawn frame by frame, then stored as images that show it again from few bytes.
@@ -82,7 +84,8 @@ class Film {
   bool PlanSteps(bool gather_colors);
   void ShareTable();
   bool ColorsFit() const;
-  Table TableOf(std::vector<uint32_t> colors) const;
+  std::vector<uint32_t> ChosenFrom(const Quantiser& colors) const;
+  static Table TableWithRoom(std::vector<uint32_t> colors);
   Table OwnTable(const Step& step) const;
   bool IsBetterOwn(const Step& step, const Table& own);
 

@@ -151,14 +151,18 @@ std::vector<Way> WaysFor(const Choices& choices, size_t width, int code_size, si
   return {ways[static_cast<size_t>(std::min_element(bytes.begin(), bytes.end()) - bytes.begin())]};
 }
 
-NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& choices) {
+NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& choices,
+                          std::vector<uint8_t> nearest) {
   NearChoices near;
   const size_t count = task.place.size();
   near.wanted.resize(count);
   near.limits.resize(count);
+  near.least.resize(count);
   near.transparent_at.resize(count, -1);
   near.colors = table.colors();
   near.transparent = choices.transparent;
+  near.nearest = std::move(nearest);
+  near.code_cost = CodeCost(task.tolerance);
   const int tolerance = task.tolerance * task.tolerance;
   ForEachPlace(task.place, task.wanted->width, [&](size_t at, size_t from) {
     const uint32_t source = task.source->pixels[from];
@@ -169,7 +173,8 @@ NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& c
       near.transparent_at[at] = below == kClear ? 0 : -1;
       return;
     }
-    near.limits[at] = std::max(tolerance, wanted == kClear ? 0 : Distance(wanted, source));
+    near.least[at] = wanted == kClear ? 0 : Distance(wanted, source);
+    near.limits[at] = std::max(tolerance, near.least[at]);
     if (choices.transparent < 0 || below == kClear) return;
     const int distance = Distance(below, source);
     if (below == wanted || distance <= near.limits[at]) near.transparent_at[at] = distance;
@@ -245,7 +250,7 @@ StoredImage CodeImage(const Task& task, const Table& table) {
     image.pixels = std::move(pixels);
   }
   if (task.tolerance > 0) {
-    std::vector<uint8_t> near = MatchNearStrings(NearChoicesOf(task, table, choices), image.pixels, code_size);
+    std::vector<uint8_t> near = MatchNearStrings(NearChoicesOf(task, table, choices, image.pixels), code_size);
     const int64_t bytes = CountBytes(near, code_size, image.bytes);
     if (bytes < image.bytes) {
       image.bytes = bytes;

@@ -67,6 +67,10 @@ struct Task {
   int tolerance = 0;
 };
 
+// What a code is worth at that tolerance, in squared distances. Tried between a fiftieth and eight times the
+// tolerance's square on a noisy film: this gave the smallest files at the same mean error.
+inline int CodeCost(int tolerance) { return (tolerance * tolerance + 9) / 10; }
+
 // Stores an image with that table, which has all wanted colours that are not below already.
 StoredImage CodeImage(const Task& task, const Table& table);
 // The same, with a smaller table of its own where that makes the image smaller.

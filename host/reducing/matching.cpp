@@ -115,74 +115,118 @@ class StringTree {
   uint16_t sibling_[4096];
 };
 
+// A string that goes on from the one in hand, or from a pixel after its code has been written, and what that costs:
+// the squared distances of its pixels, and the code.
 struct Followed {
   uint32_t code;
-  int64_t error;
+  int64_t cost;
 };
 
-// The squared distance when a pixel has that index, or -1 when it may not.
-int ErrorOf(const NearChoices& choices, size_t at, uint32_t index) {
-  if (static_cast<int>(index) == choices.transparent) return choices.transparent_at[at];
-  if (choices.wanted[at] == kClear || index >= choices.colors.size()) return -1;
-  const int distance = Distance(choices.colors[index], choices.wanted[at]);
-  return distance <= choices.limits[at] ? distance : -1;
-}
+class NearMatcher {
+ public:
+  NearMatcher(const NearChoices& choices, int code_size)
+      : choices_(choices), strings_(code_size), tree_(strings_), pixels_(choices.wanted.size()) {}
+
+  std::vector<uint8_t> Match() {
+    for (size_t at = 0; at < pixels_.size();) {
+      const size_t end = at + ChooseFrom(at);
+      for (; at < end; ++at) Follow(pixels_[at]);
+    }
+    return std::move(pixels_);
+  }
+
+ private:
+  // What a pixel costs with that index, beyond the least it can cost; negative when it may not have it.
+  int CostOf(size_t at, uint32_t index) const {
+    int distance = -1;
+    if (static_cast<int>(index) == choices_.transparent) {
+      distance = choices_.transparent_at[at];
+    } else if (choices_.wanted[at] != kClear && index < choices_.colors.size()) {
+      distance = Distance(choices_.colors[index], choices_.wanted[at]);
+      if (distance > choices_.limits[at]) distance = -1;
+    }
+    return distance < 0 ? -1 : std::max(0, distance - choices_.least[at]);
+  }
+
+  void Start(size_t at) {
+    now_.clear();
+    for (uint32_t index = 0; index < strings_.roots(); ++index) {
+      const int cost = CostOf(at, index);
+      if (cost >= 0) now_.push_back({index, cost + choices_.code_cost});
+    }
+    if (in_hand_ == CodeStrings::kNone) return;
+    tree_.ForEachLonger(in_hand_, [&](uint32_t code, uint32_t index) {
+      const int cost = CostOf(at, index);
+      if (cost >= 0) now_.push_back({code, cost});
+    });
+  }
+
+  // Writes the pixels that cost the least for each of them, and gives how many they are.
+  size_t ChooseFrom(size_t at) {
+    const auto cheaper = [](const Followed& a, const Followed& b) { return a.cost < b.cost; };
+    Start(at);
+    if (now_.empty()) {  // no colour is allowed: whatever comes nearest
+      pixels_[at] = choices_.nearest[at];
+      return 1;
+    }
+    Followed best{};
+    size_t length = 0;
+    for (size_t now = 1; !now_.empty(); ++now) {
+      if (now_.size() > kMostFollowed) {
+        std::nth_element(now_.begin(), now_.begin() + kMostFollowed, now_.end(), cheaper);
+        now_.resize(kMostFollowed);
+      }
+      const Followed& cheapest = *std::min_element(now_.begin(), now_.end(), cheaper);
+      if (length == 0 || cheapest.cost * static_cast<int64_t>(length) < best.cost * static_cast<int64_t>(now)) {
+        best = cheapest;
+        length = now;
+      }
+      if (at + now == pixels_.size()) break;
+      next_.clear();
+      for (const Followed& string : now_) {
+        tree_.ForEachLonger(string.code, [&](uint32_t code, uint32_t index) {
+          const int cost = CostOf(at + now, index);
+          if (cost >= 0) next_.push_back({code, string.cost + cost});
+        });
+      }
+      now_.swap(next_);
+    }
+    Spell(strings_, best.code, length, &pixels_[at]);
+    return length;
+  }
+
+  void Follow(uint32_t pixel) {
+    if (in_hand_ == CodeStrings::kNone) {
+      in_hand_ = pixel;
+      return;
+    }
+    const uint32_t longer = strings_.Find(in_hand_, pixel);
+    if (longer != CodeStrings::kNone) {
+      in_hand_ = longer;
+      return;
+    }
+    const uint32_t fresh = strings_.Write(in_hand_, pixel);
+    if (fresh == CodeStrings::kNone) {
+      tree_.Clear();
+    } else {
+      tree_.Add(in_hand_, fresh);
+    }
+    in_hand_ = pixel;
+  }
+
+  const NearChoices& choices_;
+  CodeStrings strings_;
+  StringTree tree_;
+  std::vector<uint8_t> pixels_;
+  uint32_t in_hand_ = CodeStrings::kNone;  // the string whose code is still to be written
+  std::vector<Followed> now_;
+  std::vector<Followed> next_;
+};
 
 }  // namespace
 
-std::vector<uint8_t> MatchNearStrings(const NearChoices& choices, std::span<const uint8_t> nearest, int code_size) {
-  const size_t count = choices.wanted.size();
-  std::vector<uint8_t> pixels(count);
-  CodeStrings strings(code_size);
-  StringTree tree(strings);
-  std::vector<Followed> now;
-  std::vector<Followed> next;
-  const auto cheaper = [](const Followed& a, const Followed& b) { return a.error < b.error; };
-  uint32_t prefix = CodeStrings::kNone;
-  for (size_t at = 0; at < count;) {
-    now.clear();
-    for (uint32_t index = 0; index < strings.roots(); ++index) {
-      const int error = ErrorOf(choices, at, index);
-      if (error >= 0) now.push_back({index, error});
-    }
-    if (now.empty()) now.push_back({nearest[at], 0});
-    size_t length = 1;
-    for (; at + length < count; ++length) {
-      next.clear();
-      for (const Followed& string : now) {
-        tree.ForEachLonger(string.code, [&](uint32_t code, uint32_t index) {
-          const int error = ErrorOf(choices, at + length, index);
-          if (error >= 0) next.push_back({code, string.error + error});
-        });
-      }
-      if (next.empty()) break;
-      if (next.size() > kMostFollowed) {
-        std::nth_element(next.begin(), next.begin() + kMostFollowed, next.end(), cheaper);
-        next.resize(kMostFollowed);
-      }
-      now.swap(next);
-    }
-    uint32_t code = std::min_element(now.begin(), now.end(), cheaper)->code;
-    Spell(strings, code, length, &pixels[at]);
-    if (prefix != CodeStrings::kNone) {
-      const uint32_t fresh = strings.Write(prefix, pixels[at]);
-      if (strings.is_empty()) {
-        tree.Clear();
-        length = 1;
-        code = pixels[at];
-      } else if (fresh != CodeStrings::kNone) {
-        tree.Add(prefix, fresh);
-        if (code == prefix && at + length < count && ErrorOf(choices, at + length, pixels[at]) >= 0) {
-          pixels[at + length] = pixels[at];
-          code = fresh;
-          ++length;
-        }
-      }
-    }
-    prefix = code;
-    at += length;
-  }
-  return pixels;
+std::vector<uint8_t> MatchNearStrings(const NearChoices& choices, int code_size) {
+  return NearMatcher(choices, code_size).Match();
 }
 
 }  // namespace host

@@ -24,15 +24,19 @@ enum class Preference { kOldest, kNewest };
 // At each code the choice that lets the encoder's strings go on longest.
 std::vector<uint8_t> MatchStrings(const Choices& choices, int code_size, Preference preference);
 
-// The same where a pixel may also have another index, whose colour is not further from the wanted one than `limits`
-// says for it.
+// An image whose pixels may have any index whose colour is near enough.
 struct NearChoices {
-  std::vector<uint32_t> wanted;
+  std::vector<uint32_t> wanted;     // colours
+  std::vector<uint8_t> nearest;     // the index to take where none is near enough
   std::vector<int> limits;          // squared distances
+  std::vector<int> least;           // of the nearest colour
   std::vector<int> transparent_at;  // the squared distance of what stands there already; negative: it may not stay
   std::vector<uint32_t> colors;     // of the table
   int transparent = -1;
+  int64_t code_cost = 0;  // what a code is worth in squared distances
 };
-std::vector<uint8_t> MatchNearStrings(const NearChoices& choices, std::span<const uint8_t> nearest, int code_size);
+
+// Weighs at each code how long strings go on against how far their colours are off.
+std::vector<uint8_t> MatchNearStrings(const NearChoices& choices, int code_size);
 
 }  // namespace host

@@ -29,7 +29,9 @@ Reach ReachOf(int value, int cell_begin) {
 }  // namespace
 
 NearestColor::NearestColor(std::span<const uint32_t> colors)
-    : colors_(colors.begin(), colors.end()), cells_(size_t{1} << 3 * kCellBits) {}
+    : colors_(colors.begin(), colors.end()), known_(size_t{1} << kKnownBits), cells_(size_t{1} << 3 * kCellBits) {
+  known_[0] = 1;  // black belongs there, and nothing is known of it yet; elsewhere black stands for nothing
+}
 
 void NearestColor::Fill(Cell& cell, uint32_t rgb) {
   const auto begin_of = [rgb](int shift) { return static_cast<int>(rgb >> shift & 0xFF & ~(kCellSize - 1u)); };
@@ -51,7 +53,7 @@ void NearestColor::Fill(Cell& cell, uint32_t rgb) {
   cell.count = static_cast<uint32_t>(found_.size()) - cell.begin;
 }
 
-int NearestColor::Find(uint32_t rgb) {
+int NearestColor::Search(uint32_t rgb) {
   if (colors_.empty()) return 0;
   Cell& cell = cells_[CellOf(rgb)];
   if (cell.count == 0) Fill(cell, rgb);

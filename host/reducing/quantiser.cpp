@@ -10,17 +10,15 @@
 namespace host {
 namespace {
 
-constexpr int kBits = 6;  // of each primary colour: pixels within a cell count as its mean
+constexpr size_t kMostSeen = 16384;  // colours that are kept apart
+constexpr int kSlotBits = 16;
+constexpr uint32_t kSlots = 1u << kSlotBits;
+constexpr int kBits = 6;  // of each primary colour in a cell's number: its pixels count as their mean
 constexpr uint32_t kCells = 1u << 3 * kBits;
-constexpr size_t kMostColors = 256;
-constexpr uint32_t kSlots = 1024;
 constexpr int kRounds =
     12;  // of moving colours to the mean of their pixels; few give more than a thousandth after that
 
-struct Point {
-  std::array<float, 3> at;
-  float count;
-};
+using Point = Quantiser::Point;
 
 struct Cluster {
   size_t begin = 0;
@@ -158,20 +156,31 @@ void Settle(const std::vector<Point>& points, std::vector<uint32_t>& colors) {
 
 }  // namespace
 
-void Quantiser::Note(uint32_t rgb) {
-  if (distinct_.size() > kMostColors) return;
-  if (slots_.empty()) slots_.assign(kSlots, kClear);
-  uint32_t slot = (rgb * 0x9E3779B1u) >> 22;
-  for (; slots_[slot] != kClear; slot = (slot + 1) % kSlots) {
-    if (slots_[slot] == rgb) return;
+void Quantiser::Add(uint32_t rgb, uint32_t times) {
+  if (folded_) return AddToCell(rgb, times);
+  if (slots_.empty()) slots_.resize(kSlots);
+  uint32_t slot = rgb * 0x9E3779B1u >> (32 - kSlotBits);
+  for (; slots_[slot] != 0; slot = (slot + 1) % kSlots) {
+    Seen& seen = seen_[slots_[slot] - 1];
+    if (seen.rgb != rgb) continue;
+    seen.count += times;
+    return;
   }
-  slots_[slot] = rgb;
-  distinct_.push_back(rgb);
+  if (seen_.size() == kMostSeen) {
+    Fold();
+    return AddToCell(rgb, times);
+  }
+  seen_.push_back({rgb, times});
+  slots_[slot] = static_cast<uint32_t>(seen_.size());
 }
 
-void Quantiser::Add(uint32_t rgb, uint32_t times) {
-  if (cells_.empty()) cells_.resize(kCells);
-  Note(rgb);
+void Quantiser::Fold() {
+  folded_ = true;
+  cells_.resize(kCells);
+  for (const Seen& seen : seen_) AddToCell(seen.rgb, seen.count);
+}
+
+void Quantiser::AddToCell(uint32_t rgb, uint32_t times) {
   const uint32_t at = CellOf(rgb);
   Cell& cell = cells_[at];
   if (cell.count == 0) used_.push_back(at);
@@ -180,7 +189,6 @@ void Quantiser::Add(uint32_t rgb, uint32_t times) {
   cell.red += (rgb >> 16 & kWithin) * times;
   cell.green += (rgb >> 8 & kWithin) * times;
   cell.blue += (rgb & kWithin) * times;
-  pixels_ += times;
 }
 
 void Quantiser::AddRow(const uint32_t* colors, size_t count) {
@@ -192,20 +200,34 @@ void Quantiser::AddRow(const uint32_t* colors, size_t count) {
   }
 }
 
-std::vector<uint32_t> Quantiser::Choose(size_t most) const {
-  if (distinct_.size() <= most) return distinct_;
+std::vector<Point> Quantiser::Points() const {
   std::vector<Point> points;
-  points.reserve(used_.size());
+  const auto part = [](uint32_t value) { return static_cast<float>(value & 0xFF); };
+  if (!folded_) {
+    for (const Seen& seen : seen_) {
+      points.push_back({{part(seen.rgb >> 16), part(seen.rgb >> 8), part(seen.rgb)}, static_cast<float>(seen.count)});
+    }
+    return points;
+  }
   for (const uint32_t at : used_) {
     const Cell& cell = cells_[at];
-    const auto part = [&](int shift, uint32_t sum) {
-      return static_cast<float>((at >> shift & 0x3F) << (8 - kBits)) +
-             static_cast<float>(sum) / static_cast<float>(cell.count);
+    const auto mean = [&](int shift, uint32_t sum) {
+      return part((at >> shift & 0x3F) << (8 - kBits)) + static_cast<float>(sum) / static_cast<float>(cell.count);
     };
     points.push_back(
-        {{part(2 * kBits, cell.red), part(kBits, cell.green), part(0, cell.blue)}, static_cast<float>(cell.count)});
+        {{mean(2 * kBits, cell.red), mean(kBits, cell.green), mean(0, cell.blue)}, static_cast<float>(cell.count)});
   }
-  std::vector<uint32_t> colors = Cut(points, most);
+  return points;
+}
+
+std::vector<uint32_t> Quantiser::Choose(size_t most) const {
+  std::vector<uint32_t> colors;
+  if (HasAtMost(most)) {
+    for (const Seen& seen : seen_) colors.push_back(seen.rgb);
+    return colors;
+  }
+  std::vector<Point> points = Points();
+  colors = Cut(points, most);
   Settle(points, colors);
   return colors;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -12,26 +13,37 @@ class Quantiser {
   void Add(uint32_t rgb, uint32_t times = 1);
   void AddRow(const uint32_t* colors, size_t count);  // without those that are clear
 
-  uint64_t pixels() const { return pixels_; }
-  // At most so many (1 to 256), in no order; those that were added themselves where they are few enough.
+  // At most so many (1 to 256); those that were added themselves, in order of appearance, where they are few enough.
   std::vector<uint32_t> Choose(size_t most) const;
-  // The distinct colours in order of appearance where there are at most 256; else the first 257 of them.
-  const std::vector<uint32_t>& distinct() const { return distinct_; }
+  // Whether there are at most so many (up to 256) different ones.
+  bool HasAtMost(size_t count) const { return !folded_ && seen_.size() <= count; }
+
+  struct Point {  // of the colour cube
+    std::array<float, 3> at;
+    float count;
+  };
+  std::vector<Point> Points() const;  // what was added; those of a small cell may be one
 
  private:
+  struct Seen {
+    uint32_t rgb;
+    uint32_t count;
+  };
   struct Cell {
     uint32_t count = 0;
     uint32_t red = 0;  // the sums of what lies above the cell's corner
     uint32_t green = 0;
     uint32_t blue = 0;
   };
-  void Note(uint32_t rgb);
 
+  void AddToCell(uint32_t rgb, uint32_t times);
+  void Fold();
+  // Each colour for itself, until they are too many: then those of a cell of the cube together.
+  std::vector<Seen> seen_;
+  std::vector<uint32_t> slots_;  // a hash table of places in seen_, plus one
+  bool folded_ = false;
   std::vector<Cell> cells_;
   std::vector<uint32_t> used_;  // cells, in order of appearance
-  std::vector<uint32_t> distinct_;
-  std::vector<uint32_t> slots_;  // a hash table of the distinct ones
-  uint64_t pixels_ = 0;
 };
 
 }  // namespace host

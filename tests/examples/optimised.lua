@@ -8,9 +8,10 @@ local document, optimising = require "gif.document", require "gif.optimising"
 
 local kWidth, kHeight = 23, 17
 
+-- Few in all, so that tables have some in common.
 local function random_colours(count)
   local colours = {}
-  for i = 1, count do colours[i] = math.random(0, 0xFFFFFF) end
+  for i = 1, count do colours[i] = count > 8 and math.random(0, 0xFFFFFF) or math.random(0, 9) * 0x1A1B19 end
   return colours
 end
 
@@ -27,14 +28,14 @@ local function random_pixels(count, colours)
   return pixels
 end
 
--- kind: colours of the shared table; the chance of tables of their own; of transparency; the greatest disposal; delays.
+-- kind: colours of the shared table; the chance of tables of their own and their greatest depth; of transparency; the greatest disposal; delays.
 local function random_gif(kind)
   local gif = GIFZKV()
   gif.Header, gif.Screen = "GIF89a", building.screen(kWidth, kHeight, random_colours(kind.colours))
   gif:Add(building.loops(3))
   local last
   for i = 1, kind.frames do
-    local own = math.random() < kind.own and random_colours(1 << math.random(1, 8))
+    local own = math.random() < kind.own and random_colours(1 << math.random(1, kind.depth or 8))
     local of = { left = math.random(0, kWidth - 1), top = math.random(0, kHeight - 1), colours = own }
     of.width, of.height = math.random(1, kWidth - of.left), math.random(1, kHeight - of.top)
     if math.random() < kind.whole then of.left, of.top, of.width, of.height = 0, 0, kWidth, kHeight end
@@ -93,10 +94,11 @@ local kKinds = {
   { colours = 256, own = 0, transparent = 0.3, disposal = 3, whole = 0.2 },
   { colours = 8, own = 0.5, transparent = 0.5, disposal = 3, whole = 0.3 },
   { colours = 128, own = 1, transparent = 0.2, disposal = 2, whole = 0.7, least_delay = 0 },
+  { colours = 256, own = 0.9, depth = 2, transparent = 0, disposal = 1, whole = 0.8 },
   { colours = 2, own = 0.2, transparent = 0.8, disposal = 3, whole = 0.1 },
 }
 local before, after = 0, 0
-for seed = 1, 60 do
+for seed = 1, 70 do
   local kind <const> = kKinds[seed % #kKinds + 1]
   kind.frames, kind.least_delay = seed % 7 + 2, kind.least_delay or 2
   math.randomseed(seed)
@@ -148,7 +150,7 @@ for i = 1, 5 do
   gradient:Add(building.image { left = 0, top = 0, width = 64, height = 48, pixels = pixels })
 end
 local wanted = story(GifStringToGifZKV(t.saved(gradient)))
-for _, tolerance in ipairs { 0, 3, 8, 20 } do
+for _, tolerance in ipairs { 0, 8, 20, 40 } do
   local bytes <const> = t.saved(optimised(gradient, tolerance))
   local shown, furthest = story(GifStringToGifZKV(bytes)), 0
   t.expect("frames", #shown, #wanted)

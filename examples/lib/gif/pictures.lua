@@ -30,7 +30,7 @@ local function screen_size(paths)
 end
 
 -- The files' animation as build.lua puts it together. Pictures stand in the middle of the largest one's screen.
--- wanted: colours, at most, of each table; tables, dithering, as above; tolerance; delay_cs.
+-- wanted: colours, at most, of each table; tables, dithering, as above; tolerance; quality; delay_cs.
 function pictures.animation(paths, wanted)
   local step = progress.start(#paths, "pictures")
   local width, height = screen_size(paths)
@@ -48,7 +48,9 @@ function pictures.animation(paths, wanted)
     end
     step()
   end
-  film:Plan(wanted.colours, false, kTables[wanted.tables or "one"], kDithering[wanted.dithering or "none"], wanted.tolerance or 0)
+  local planned, problem = pcall(film.Plan, film, wanted.colours, false, kTables[wanted.tables or "one"],
+    kDithering[wanted.dithering or "none"], wanted.tolerance or 0, wanted.quality or 0)
+  if not planned then command.fail(problem.message) end
   return { width = width, height = height, film = film, frames = frames }
 end
 
