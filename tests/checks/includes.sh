@@ -62,7 +62,7 @@ while read -r folder; do
 done < <(find platform codec scan bridge classes picture entry plugin host -name '*.cpp' -printf '%h\n' 2>/dev/null | sort -u)
 
 circles=$(tsort "$arrows" 2>&1 >/dev/null | sed 's/^tsort: //' || true)
-[ -z "$circles" ] || echo "files include each other in a circle:"$'\n'"$circles"
+[ -z "$circles" ] || complain "files include each other in a circle:"$'\n'"$circles"
 
 own='#include <(sys/|unistd|fcntl|dlfcn|pthread|io\.h|windows|Core|gd\.h)|__APPLE__|_WIN32|__linux__|__GNUC__|__clang__|_MSC_VER'
 own+='|__attribute__|__builtin|__declspec|_unlocked\('

@@ -19,10 +19,10 @@ int64_t WrittenBytes(const std::vector<uint8_t>& pixels, int code_size) {
   const auto encoder = std::make_unique<GifEncoder>();
   MyPutc(&stream, code_size);
   StartGifEncoder(encoder.get(), code_size);
-  WriteGifCode(&stream, encoder.get(), encoder->clear_code);
+  WriteGifCode(&stream, encoder.get(), encoder->strings.clear_code);
   WriteGifLine(&stream, encoder.get(), pixels.data(), static_cast<int>(pixels.size()));
-  WriteGifCode(&stream, encoder.get(), encoder->prefix_code);
-  WriteGifCode(&stream, encoder.get(), encoder->end_code);
+  WriteGifCode(&stream, encoder.get(), encoder->strings.prefix_code);
+  WriteGifCode(&stream, encoder.get(), encoder->strings.end_code);
   WriteGifCode(&stream, encoder.get(), kFlush);
   const int64_t bytes = std::ftell(file);
   std::fclose(file);
