@@ -1,79 +1,69 @@
 #include "codec/lzw_encoder.h"
 
 #include <algorithm>
+#include <bit>
 #include <cstring>
 
-#include "codec/format.h"
-#include "codec/lzw_strings.h"
 #include "codec/sub_blocks.h"
 
 // How it is made fast, without a byte of the result being different:
 //
-// - The hash table is four times as large as its strings are many, so that probing seldom goes on, and small
-//   enough to be cleared by `memset`.
-// - Pictures of even areas are coded by runs: lzw_runs.h. Which way to go is chosen at each clear code, by how the
-//   strings before it did.
-// - Codes go into `block` by whole words, without a look at where sub-blocks end; those are cut when `block` is full.
+// - There are four ways of finding strings, for different kinds of pictures; which to go is chosen again and again,
+// by
+//   how the strings before did.
+// - Those ways only note which strings they add. Codes are made of them many at a time, and go into `block` by whole
+//   words, without a look at where sub-blocks end; those are cut when `block` is written.
 
 namespace {
 
-// Lines are coded in pieces whose codes surely fit into `block`: a pixel adds two bytes at most.
-constexpr int64_t kPiece = 2048;
-constexpr int32_t kPieceRoom = 2 * kPiece + 16;
-static_assert(kMaxSubBlock + kPieceRoom < static_cast<int32_t>(sizeof GifEncoder::block));
+static_assert(std::endian::native == std::endian::little, "codes are stored lowest byte first");
 
-// Fewer pixels than this for each code are not worth looking for runs.
-constexpr int64_t kPixelsPerCodeInRuns = 4;
+// With so many pixels for each code runs are worth looking for; the first strings after a clear code are short, so
+// that fewer are enough to go on.
+constexpr int64_t kPixelsPerCodeInRuns = 4, kPixelsPerCodeToGoOn = 2;
 
-// Codes pixels until `end`, or until all strings must be cleared; the result is where it stopped.
-const uint8_t* CodePixels(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
-  CodeWriter codes(encoder);
-  uint32_t* const table = encoder->hash_table;
-  auto prefix = static_cast<uint32_t>(encoder->prefix_code);
-  while (at < end) {
-    const uint32_t pixel = *at++;
-    const uint32_t key = Key(prefix, pixel);
-    uint32_t slot;
-    if (FindString(table, key, slot)) {
-      prefix = table[slot] & kCodeMask;
-      continue;
-    }
-    codes.Put(prefix);
-    table[slot] = key << kCodeBits | codes.next_code();
-    prefix = pixel;
-    if (!codes.Advance()) break;
+// The first choice is made when so many strings have been added, and the next whenever they are twice as many: taking
+// them over costs less than finding them did.
+constexpr int32_t kFirstChoice = 128;
+// From so many on the tables are worth clearing that large images have.
+constexpr int32_t kStringsOfLargeImage = 1024;
+
+// --- Codes on their way out ---------------------------------------------------------------------------------------
+
+// Writes codes of one width: the prefixes of the strings up to `end`. Each is merged into the bits whole, what
+// exceeds the width included. Stores eight bytes at a time, of which the first few count.
+void PackCodes(GifEncoder* encoder, int32_t end) {
+  constexpr int32_t kTogether = 4;  // 48 bits at most, beside the 7 that wait: a third of the time
+  const uint32_t* const keys = encoder->strings.keys;
+  const auto width = static_cast<uint32_t>(encoder->code_width);
+  uint8_t* to = encoder->block + encoder->block_len;
+  uint64_t bits = encoder->bit_buffer;
+  auto count = static_cast<uint32_t>(encoder->bit_count);
+  const auto store = [&](uint64_t codes, uint32_t more) {
+    bits |= codes << count;
+    count += more;
+    std::memcpy(to, &bits, sizeof bits);
+    to += count / 8;
+    bits >>= count & ~7U;
+    count %= 8;
+  };
+  int32_t i = encoder->first_unwritten;
+  for (; end - i >= kTogether; i += kTogether) {
+    uint64_t codes = 0;
+    for (uint32_t k = 0; k < kTogether; ++k)
+      codes |= uint64_t{KeyPrefix(keys[i + static_cast<int32_t>(k)])} << k * width;
+    store(codes, kTogether * width);
   }
-  encoder->prefix_code = static_cast<int32_t>(prefix);
-  return at;
+  for (; i < end; ++i) store(KeyPrefix(keys[i]), width);
+  encoder->first_unwritten = end;
+  encoder->block_len = static_cast<int32_t>(to - encoder->block);
+  encoder->bit_buffer = bits;
+  encoder->bit_count = static_cast<int32_t>(count);
 }
 
-bool AllFit(const GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
-  uint8_t bits = 0;
-  for (; at < end; ++at) bits |= *at;
-  return bits < encoder->clear_code;
-}
-
-bool IsMostlyRuns(const uint8_t* line, int len) {
-  int same = 0;
-  for (int i = 1; i < len; ++i) same += line[i] == line[i - 1];
-  return same > len / 2;
-}
-
-void ClearStrings(GifEncoder* encoder) {
-  encoder->next_code = encoder->end_code + 1;
-  encoder->code_width = encoder->code_size + 1;
-  encoder->width_limit = 1 << encoder->code_width;
-  encoder->runs.in_use = 0;
-  encoder->pixels_since_clear = 0;
-  std::memset(encoder->hash_table, 0xFF, sizeof encoder->hash_table);
-}
-
-// Clears when the codes have run out. The string in hand is one pixel then.
-void StartOver(MyFILE* stream, GifEncoder* encoder) {
-  WriteGifCode(stream, encoder, encoder->clear_code);
-  const bool runs = encoder->pixels_since_clear >= kPixelsPerCodeInRuns * (kLastCode - encoder->end_code);
-  ClearStrings(encoder);
-  if (runs && encoder->prefix_code < encoder->clear_code) UseRuns(encoder);
+void SetWidth(GifEncoder* encoder, int32_t width) {
+  encoder->code_width = width;
+  encoder->width_limit = 1 << width;
 }
 
 // Writes the full sub-blocks and keeps the rest.
@@ -84,9 +74,14 @@ void WriteFullSubBlocks(MyFILE* stream, GifEncoder* encoder) {
   encoder->block_len = rest;
 }
 
-void PutWholeBytes(MyFILE* stream, GifEncoder* encoder) {
-  for (; encoder->bit_count >= 8; encoder->bit_count -= 8, encoder->bit_buffer >>= 8) {
-    WriteGifByte(stream, encoder, static_cast<int>(encoder->bit_buffer & 0xFF));
+// Writes the codes of all strings added. `block` has room for those of a whole table.
+void WriteStrings(MyFILE* stream, GifEncoder* encoder) {
+  constexpr int32_t kMostBytes = kTableSize * kMaxCodeWidth / 8 + static_cast<int32_t>(sizeof(uint64_t));
+  static_assert(kMaxSubBlock + kMostBytes < static_cast<int32_t>(sizeof GifEncoder::block));
+  WriteFullSubBlocks(stream, encoder);
+  while (encoder->first_unwritten < encoder->strings.next_code) {
+    PackCodes(encoder, std::min(encoder->strings.next_code, encoder->width_limit + 1));
+    if (encoder->first_unwritten > encoder->width_limit) SetWidth(encoder, encoder->code_width + 1);
   }
 }
 
@@ -100,50 +95,155 @@ void Flush(MyFILE* stream, GifEncoder* encoder) {
   encoder->finished = 1;
 }
 
+// --- Which way to find strings ------------------------------------------------------------------------------------
+
+bool IsMostlyRuns(const uint8_t* at, const uint8_t* end) {
+  constexpr int64_t kSample = 1024, kPixelsPerRun = 4;
+  const int64_t pixels = std::min(end - at, kSample);
+  int64_t changes = 0;
+  for (int64_t i = 1; i < pixels; ++i) changes += at[i] != at[i - 1];
+  return changes * kPixelsPerRun < pixels;
+}
+
+// The best way for the pixels to come.
+StringsBy Choose(const GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
+  const LzwStrings& strings = encoder->strings;
+  const bool large = encoder->table.mask + 1 == StringTable::kMostEntries;
+  const StringsBy any = large ? StringsBy::kPairs : StringsBy::kTable;
+  if (encoder->pixels_used >= strings.clear_code) return any;
+  const int32_t added = strings.next_code - encoder->choice_code;
+  const bool first = added == 0;  // nothing is known but what comes
+  const bool runs = (first || encoder->pixels_used < 2) && IsMostlyRuns(at, end);
+  if (encoder->pixels_used < 2 && !runs) return StringsBy::kBits;
+  if (first) return runs ? StringsBy::kRuns : any;
+  const int64_t enough = encoder->by == StringsBy::kRuns ? kPixelsPerCodeToGoOn : kPixelsPerCodeInRuns;
+  return encoder->pixels_since_choice >= enough * added ? StringsBy::kRuns : any;
+}
+
+void Use(GifEncoder* encoder, StringsBy by) {
+  if (by == StringsBy::kTable) UseTable(encoder->table, encoder->strings);
+  if (by == StringsBy::kPairs) UsePairs(encoder->pairs, encoder->table, encoder->strings);
+  if (by == StringsBy::kRuns) UseRuns(encoder->runs, encoder->table, encoder->strings);
+  if (by == StringsBy::kBits) UseBits(encoder->bits, encoder->strings);
+  encoder->by = by;
+}
+
+// Says when to choose next.
+void SetPause(GifEncoder* encoder) {
+  LzwStrings& strings = encoder->strings;
+  const int32_t added = strings.next_code - strings.end_code - 1;
+  strings.pause_code = std::min(strings.next_code + std::max(added, kFirstChoice), kLastCode + 1);
+  encoder->pixels_since_choice = 0;
+  encoder->choice_code = strings.next_code;
+}
+
+void ChooseAgain(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
+  const LzwStrings& strings = encoder->strings;
+  uint32_t& mask = encoder->table.mask;
+  const bool grows =
+      mask < StringTable::kMostEntries - 1 && strings.next_code - strings.end_code > kStringsOfLargeImage;
+  if (grows) mask = StringTable::kMostEntries - 1;
+  const StringsBy by = Choose(encoder, at, end);
+  if (grows || by != encoder->by) Use(encoder, by);
+  SetPause(encoder);
+}
+
+void ForgetStrings(GifEncoder* encoder) {
+  LzwStrings& strings = encoder->strings;
+  strings.next_code = encoder->first_unwritten = strings.end_code + 1;
+  SetWidth(encoder, encoder->code_size + 1);
+}
+
+// Clears when the codes have run out. The string in hand is one pixel then.
+void StartOver(MyFILE* stream, GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
+  WriteStrings(stream, encoder);
+  WriteGifCode(stream, encoder, encoder->strings.clear_code);
+  const StringsBy by = Choose(encoder, at, end);
+  ForgetStrings(encoder);
+  if (by == StringsBy::kPairs && encoder->by == by) {
+    ClearPairs(encoder->pairs, encoder->table);
+  } else {
+    Use(encoder, by);
+  }
+  SetPause(encoder);
+}
+
+const uint8_t* CodePixels(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
+  LzwStrings& strings = encoder->strings;
+  switch (encoder->by) {
+    case StringsBy::kTable:
+      return CodeWithTable(encoder->table, strings, at, end);
+    case StringsBy::kPairs:
+      return CodePairs(encoder->pairs, encoder->table, strings, at, end);
+    case StringsBy::kRuns:
+      return CodeRuns(encoder->runs, encoder->table, strings, at, end);
+    case StringsBy::kBits:
+      return CodeBits(encoder->bits, strings, at, end);
+  }
+  return end;
+}
+
+// Some ways take only pixels that fit, or only two. They have taken no other so far.
+void LookAtPixels(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
+  if (encoder->code_size >= 8) return;
+  uint8_t used = 0;
+  for (const uint8_t* pixel = at; pixel < end; ++pixel) used |= *pixel;
+  encoder->pixels_used |= used;
+  const bool any = encoder->by == StringsBy::kTable || encoder->by == StringsBy::kPairs;
+  const int32_t limit = encoder->by == StringsBy::kBits ? 2 : encoder->strings.clear_code;
+  if (!any && encoder->pixels_used >= limit) Use(encoder, StringsBy::kTable);
+}
+
 }  // namespace
 
 void StartGifEncoder(GifEncoder* encoder, int code_size) {
+  LzwStrings& strings = encoder->strings;
   encoder->code_size = code_size;
-  encoder->clear_code = 1 << code_size;
-  encoder->end_code = encoder->clear_code + 1;
-  encoder->prefix_code = kNoPrefix;
+  strings.clear_code = 1 << code_size;
+  strings.end_code = strings.clear_code + 1;
+  strings.prefix_code = kNoPrefix;
   encoder->bit_count = 0;
   encoder->bit_buffer = 0;
   encoder->finished = 0;
   encoder->block_len = 0;
-  ClearStrings(encoder);
+  encoder->pixels_used = code_size < 8 ? 0 : 0xFF;  // all fit, and none are looked at
+  encoder->table.mask = StringTable::kFewEntries - 1;
+  ForgetStrings(encoder);
+  Use(encoder, StringsBy::kTable);
+  SetPause(encoder);
 }
 
 void WriteGifLine(MyFILE* stream, GifEncoder* encoder, const uint8_t* line, int len) {
   if (!line || len < 1 || encoder->finished) return;
   const uint8_t* at = line;
   const uint8_t* const end = line + len;
-  if (encoder->prefix_code == kNoPrefix) {
-    encoder->prefix_code = *at++;
-    if (IsMostlyRuns(line, len) && encoder->prefix_code < encoder->clear_code) UseRuns(encoder);
+  LzwStrings& strings = encoder->strings;
+  LookAtPixels(encoder, at, end);
+  if (strings.prefix_code == kNoPrefix) {
+    strings.prefix_code = *at++;
+    ChooseAgain(encoder, at, end);
   }
   while (at < end) {
-    if (encoder->block_len + kPieceRoom > static_cast<int32_t>(sizeof encoder->block)) {
-      WriteFullSubBlocks(stream, encoder);
-    }
-    const uint8_t* const piece_end = at + std::min(end - at, kPiece);
-    if (encoder->runs.in_use && !AllFit(encoder, at, piece_end)) LeaveRuns(encoder);
-    const uint8_t* const stop = (encoder->runs.in_use ? CodeRuns : CodePixels)(encoder, at, piece_end);
-    encoder->pixels_since_clear += stop - at;
+    const uint8_t* const stop = CodePixels(encoder, at, end);
+    encoder->pixels_since_choice += stop - at;
     at = stop;
-    if (encoder->next_code > kLastCode) StartOver(stream, encoder);
+    if (strings.next_code > kLastCode) {
+      StartOver(stream, encoder, at, end);
+    } else if (strings.next_code == strings.pause_code) {
+      ChooseAgain(encoder, at, end);
+    }
   }
 }
 
 void WriteGifCode(MyFILE* stream, GifEncoder* encoder, int code) {
   if (code == kFlush) return Flush(stream, encoder);
+  WriteStrings(stream, encoder);
   encoder->bit_buffer |= static_cast<uint64_t>(code) << encoder->bit_count;
   encoder->bit_count += encoder->code_width;
-  PutWholeBytes(stream, encoder);
-  if (encoder->next_code >= encoder->width_limit) {
-    encoder->code_width += 1;
-    encoder->width_limit = 1 << encoder->code_width;
+  for (; encoder->bit_count >= 8; encoder->bit_count -= 8, encoder->bit_buffer >>= 8) {
+    WriteGifByte(stream, encoder, static_cast<int>(encoder->bit_buffer & 0xFF));
   }
+  if (encoder->strings.next_code >= encoder->width_limit) SetWidth(encoder, encoder->code_width + 1);
 }
 
 void WriteGifByte(MyFILE* stream, GifEncoder* encoder, int byte) {

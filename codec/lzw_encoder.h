@@ -6,40 +6,50 @@
 // One encoder serves one image:
 //
 //   StartGifEncoder(encoder, code_size);
-//   WriteGifCode(stream, encoder, encoder->clear_code);
+//   WriteGifCode(stream, encoder, encoder->strings.clear_code);
 //   WriteGifLine(stream, encoder, row, width);  // each row, in file order
-//   if (encoder->prefix_code != kNoPrefix) WriteGifCode(stream, encoder, encoder->prefix_code);
-//   WriteGifCode(stream, encoder, encoder->end_code);
+//   if (encoder->strings.prefix_code != kNoPrefix) WriteGifCode(stream, encoder, encoder->strings.prefix_code);
+//   WriteGifCode(stream, encoder, encoder->strings.end_code);
 //   WriteGifCode(stream, encoder, kFlush);
 
 #include <cstdint>
 
 #include "codec/byte_stream.h"
+#include "codec/lzw_bits.h"
+#include "codec/lzw_pairs.h"
 #include "codec/lzw_runs.h"
+#include "codec/lzw_strings.h"
 
-constexpr int32_t kFlush = 4096;     // in place of a code: write out everything and end the image data
-constexpr int32_t kNoPrefix = 4097;  // in place of a prefix: no pixel has been taken yet
+constexpr int32_t kFlush = 4096;  // in place of a code: write out everything and end the image data
 
-// About 121 KiB; owned by its user, who need not fill it in.
+// How strings are found at present.
+enum class StringsBy { kTable, kPairs, kRuns, kBits };
+
+// About 222 KiB, of which most images use a part; owned by its user, who need not fill it in.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
-  int32_t clear_code;   // 2 to the power `code_size`
-  int32_t end_code;     // the code after it
-  int32_t next_code;    // what the next new string gets; never above 4095
   int32_t code_width;   // bits of the next code written, up to 12
   int32_t width_limit;  // 2 to the power `code_width`
-  int32_t prefix_code;  // the string matched so far, or `kNoPrefix`
   int32_t bit_count;    // bits in `bit_buffer` that are not yet in `block`, 0 to 7
   uint64_t bit_buffer;  // the next bit to write is the lowest
   int32_t finished;     // 1 once the image data has ended: nothing more is written
   int32_t block_len;    // bytes in `block`
 
-  // How strings are found: lzw_encoder.cpp tells.
-  uint32_t hash_table[16384];
-  RunStrings runs;
-  int64_t pixels_since_clear;  // pixels that the present strings have coded
+  LzwStrings strings;
+  int32_t first_unwritten;  // the string whose prefix's code is to be written next; all up to `next_code` are
+  int32_t pixels_used;      // all pixels of all lines, one OR the other
 
-  uint8_t block[4608];  // image data still to be written, several sub-blocks of it
+  StringsBy by;
+  int64_t pixels_since_choice;  // and the strings added since then
+  int32_t choice_code;
+  StringTable table;
+  union {  // of which `by` tells the one in use
+    PairStrings pairs;
+    RunStrings runs;
+    BitStrings bits;
+  };
+
+  uint8_t block[8192];  // image data still to be written, up to many sub-blocks of it
 };
 
 // Readies an encoder for an image whose pixels are coded with at least `code_size` (2 to 11) bits.

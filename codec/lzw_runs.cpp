@@ -3,9 +3,6 @@
 #include <algorithm>
 #include <bit>
 #include <cstring>
-#include <iterator>
-
-#include "codec/lzw_strings.h"
 
 namespace {
 
@@ -37,12 +34,15 @@ uint32_t RunCode(const RunStrings& runs, uint32_t head, int32_t length) {
   return length == 1 ? head : runs.codes[runs.first[head] + length];
 }
 
-// The code of a string that is about to be stored; nothing follows it yet.
-uint32_t NewString(RunStrings& runs, const CodeWriter& codes) {
-  const uint32_t code = codes.next_code();
+// Nothing follows a new string yet.
+template <uint32_t kRow>
+void AddString(RunStrings& runs, uint32_t code) {
   runs.first[code] = 0;
-  runs.other_code[code] = 0;
-  return code;
+  if constexpr (kRow == 0) {
+    runs.first_other.code[code] = 0;
+  } else {
+    std::memset(runs.rows + code * kRow, 0, kRow * sizeof runs.rows[0]);
+  }
 }
 
 // Gives a code to the head with the next longer run. The head moves to a place of twice the size when it has filled
@@ -62,109 +62,123 @@ void AddRun(RunStrings& runs, uint32_t head, uint32_t code) {
   place[longest + 1] = static_cast<uint16_t>(code);
 }
 
-// Takes the pixels that go on with the last one, and codes as many strings as they fill. False when all strings must
-// be cleared.
-bool CodeRun(RunStrings& runs, CodeWriter& codes, const uint8_t*& at, const uint8_t* end) {
-  const auto colour = static_cast<uint32_t>(runs.last_pixel);
+// Takes the pixels that go on with the last one, and codes as many strings as they fill. False when that led to the
+// pause.
+template <uint32_t kRow>
+[[gnu::always_inline]] inline bool CodeRun(RunStrings& runs, RunInHand& hand, LzwStrings& strings, int32_t& next,
+                                           const uint8_t*& at, const uint8_t* end) {
+  const uint32_t colour = hand.last_pixel;
   int64_t coming = EndOfRun(at, end, colour) - at;
   at += coming;
-  for (int32_t longest = 0; runs.length + coming > (longest = LongestRun(runs, runs.head));) {
-    coming -= longest + 1 - runs.length;
-    codes.Put(RunCode(runs, runs.head, longest));
-    AddRun(runs, runs.head, NewString(runs, codes));
-    runs.head = colour;
-    runs.length = 1;
-    if (codes.Advance()) continue;
+  for (int32_t longest = 0; hand.length + coming > (longest = LongestRun(runs, hand.head));) {
+    coming -= longest + 1 - hand.length;
+    strings.keys[next] = Key(RunCode(runs, hand.head, longest), colour);
+    AddString<kRow>(runs, static_cast<uint32_t>(next));
+    AddRun(runs, hand.head, static_cast<uint32_t>(next));
+    hand.head = colour;
+    hand.length = 1;
+    if (++next < strings.pause_code) continue;
     at -= coming;
     return false;
   }
-  runs.length += static_cast<int32_t>(coming);
+  hand.length += static_cast<int32_t>(coming);
   return true;
 }
 
-void StoreInTable(GifEncoder* encoder, uint32_t prefix, uint32_t pixel, uint32_t code) {
-  const uint32_t key = Key(prefix, pixel);
+// Whether there is a string of that key, whose pixel is not its prefix's last. Otherwise it gets `code`.
+template <uint32_t kRow>
+[[gnu::always_inline]] inline bool FindOther(RunStrings& runs, StringTable& table, uint32_t key, uint32_t code,
+                                             uint32_t& found) {
+  const uint32_t prefix = KeyPrefix(key), pixel = KeyPixel(key);
+  if constexpr (kRow != 0) {
+    uint16_t& place = runs.rows[prefix * kRow + pixel];
+    found = place;
+    if (found != 0) return true;
+    place = static_cast<uint16_t>(code);
+    return false;
+  }
+  found = runs.first_other.code[prefix];
+  if (found == 0) {
+    runs.first_other.code[prefix] = static_cast<uint16_t>(code);
+    runs.first_other.pixel[prefix] = static_cast<uint8_t>(pixel);
+    return false;
+  }
+  if (runs.first_other.pixel[prefix] == pixel) return true;
   uint32_t slot;
-  FindString(encoder->hash_table, key, slot);
-  encoder->hash_table[slot] = key << kCodeBits | code;
+  found = FindString(table, key, slot);
+  if (found < kTableSize) return true;
+  table.entries[slot] = Entry(key, code);
+  return false;
 }
 
-// Moves what a head becomes in runs into the hash table.
-void StoreRuns(GifEncoder* encoder, uint32_t head, uint32_t pixel) {
-  const RunStrings& runs = encoder->runs;
-  for (int32_t length = 2; length <= LongestRun(runs, head); ++length) {
-    StoreInTable(encoder, RunCode(runs, head, length - 1), pixel, RunCode(runs, head, length));
+template <uint32_t kRow>
+void TakeOver(RunStrings& runs, StringTable& table, const LzwStrings& strings) {
+  uint16_t heads[kTableSize], lengths[kTableSize];  // what each string is in terms of runs
+  ClearTable(table);
+  runs.codes[0] = 1;
+  runs.codes[1] = 0;
+  runs.codes_used = 2;
+  for (int32_t next = 0; next < strings.next_code; ++next) {
+    const auto code = static_cast<uint32_t>(next);
+    AddString<kRow>(runs, code);
+    heads[code] = static_cast<uint16_t>(code);
+    lengths[code] = 1;
+    if (next <= strings.end_code) continue;
+    const uint32_t key = strings.keys[code], prefix = KeyPrefix(key);
+    uint32_t none;
+    if (KeyPixel(key) == LastPixel(strings, prefix)) {
+      heads[code] = heads[prefix];
+      lengths[code] = static_cast<uint16_t>(lengths[prefix] + 1);
+      AddRun(runs, heads[code], code);
+    } else {
+      FindOther<kRow>(runs, table, key, code, none);
+    }
   }
+  const auto prefix = static_cast<uint32_t>(strings.prefix_code);
+  runs.hand = {heads[prefix], lengths[prefix], LastPixel(strings, prefix)};
+}
+
+// The string in hand and the next code are in locals: in memory, every step would wait for the one before to be
+// stored (10 % on interfaces).
+template <uint32_t kRow>
+const uint8_t* Code(RunStrings& runs, StringTable& table, LzwStrings& strings, const uint8_t* at,
+                    const uint8_t* end) {
+  RunInHand hand = runs.hand;
+  int32_t next = strings.next_code;
+  while (at < end && next < strings.pause_code) {
+    if (*at == hand.last_pixel) {
+      if (!CodeRun<kRow>(runs, hand, strings, next, at, end)) break;
+      continue;
+    }
+    const uint32_t pixel = *at++, key = Key(RunCode(runs, hand.head, hand.length), pixel);
+    const auto code = static_cast<uint32_t>(next);
+    hand.length = 1;
+    hand.last_pixel = pixel;
+    if (FindOther<kRow>(runs, table, key, code, hand.head)) continue;
+    strings.keys[next++] = key;
+    AddString<kRow>(runs, code);
+    hand.head = pixel;
+  }
+  runs.hand = hand;
+  strings.next_code = next;
+  strings.prefix_code = static_cast<int32_t>(RunCode(runs, hand.head, hand.length));
+  return at;
+}
+
+// Pixels that a row is for; 0 when there are too many colours for rows.
+int32_t RowLength(const LzwStrings& strings) {
+  return strings.clear_code <= 4 ? 4 : strings.clear_code <= 16 ? 16 : 0;
 }
 
 }  // namespace
 
-void UseRuns(GifEncoder* encoder) {
-  RunStrings& runs = encoder->runs;
-  runs.in_use = 1;
-  runs.last_pixel = encoder->prefix_code;
-  runs.head = static_cast<uint32_t>(encoder->prefix_code);
-  runs.length = 1;
-  runs.codes[0] = 1;
-  runs.codes[1] = 0;
-  runs.codes_used = 2;
-  std::fill_n(runs.first, encoder->next_code, uint16_t{0});
-  std::fill_n(runs.other_code, encoder->next_code, uint16_t{0});
+void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings) {
+  const int32_t row = RowLength(strings);
+  (row == 0 ? TakeOver<0> : row == 4 ? TakeOver<4> : TakeOver<16>)(runs, table, strings);
 }
 
-void LeaveRuns(GifEncoder* encoder) {
-  RunStrings& runs = encoder->runs;
-  runs.in_use = 0;
-  // What this adds to the table may be met again, and changes nothing.
-  for (const uint32_t entry : encoder->hash_table) {
-    if (entry != kEmptyEntry) StoreRuns(encoder, entry & kCodeMask, entry >> kCodeBits & 0xFF);
-  }
-  for (uint32_t code = 0; code < static_cast<uint32_t>(encoder->next_code); ++code) {
-    if (code < 256 && code < static_cast<uint32_t>(encoder->clear_code)) StoreRuns(encoder, code, code);
-    if (const uint32_t other = runs.other_code[code]; other != 0) {
-      StoreInTable(encoder, code, runs.other_pixel[code], other);
-      StoreRuns(encoder, other, runs.other_pixel[code]);
-    }
-  }
-}
-
-const uint8_t* CodeRuns(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
-  CodeWriter codes(encoder);
-  RunStrings& runs = encoder->runs;
-  uint32_t* const table = encoder->hash_table;
-  while (at < end) {
-    if (*at == runs.last_pixel) {
-      if (!CodeRun(runs, codes, at, end)) break;
-      continue;
-    }
-    const uint32_t pixel = *at++;
-    const uint32_t prefix = RunCode(runs, runs.head, runs.length);
-    runs.length = 1;
-    runs.last_pixel = static_cast<int32_t>(pixel);
-    const uint32_t other = runs.other_code[prefix];
-    const uint32_t key = Key(prefix, pixel);
-    uint32_t slot = 0;
-    if (other != 0) {
-      if (runs.other_pixel[prefix] == pixel) {
-        runs.head = other;
-        continue;
-      }
-      if (FindString(table, key, slot)) {
-        runs.head = table[slot] & kCodeMask;
-        continue;
-      }
-    }
-    codes.Put(prefix);
-    const uint32_t code = NewString(runs, codes);
-    if (other == 0) {
-      runs.other_code[prefix] = static_cast<uint16_t>(code);
-      runs.other_pixel[prefix] = static_cast<uint8_t>(pixel);
-    } else {
-      table[slot] = key << kCodeBits | code;
-    }
-    runs.head = pixel;
-    if (!codes.Advance()) break;
-  }
-  encoder->prefix_code = static_cast<int32_t>(RunCode(runs, runs.head, runs.length));
-  return at;
+const uint8_t* CodeRuns(RunStrings& runs, StringTable& table, LzwStrings& strings, const uint8_t* at,
+                        const uint8_t* end) {
+  const int32_t row = RowLength(strings);
+  return (row == 0 ? Code<0> : row == 4 ? Code<4> : Code<16>)(runs, table, strings, at, end);
 }

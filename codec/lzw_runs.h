@@ -11,31 +11,41 @@
 // - The first other pixel that ever followed stands with the string itself. Without one there are no others.
 // - All others are in the hash table.
 //
-// Other pictures would pay for looking in several places; the encoder chooses at each clear code.
+// With up to 16 colours each string has a row for other pixels instead, by pixel, and nothing is searched: 16 %
+// faster.
+//
+// Even pictures are coded 2 to 80 times as fast as with the hash table alone; others would pay for looking in several
+// places.
 
 #include <cstdint>
 
-struct GifEncoder;
+#include "codec/lzw_hash.h"
+#include "codec/lzw_strings.h"
 
-// Valid as a whole while `in_use`.
+// The string in hand.
+struct RunInHand {
+  uint32_t head;        // the string taken back to where its last run begins
+  int32_t length;       // of that run, at least 1
+  uint32_t last_pixel;  // of the string
+};
+
+// Valid as a whole from `UseRuns` on.
 struct RunStrings {
-  int32_t in_use;         // 1 while strings are here, 0 while all are in the hash table
-  int32_t last_pixel;     // of the string in hand
-  uint32_t head;          // the string in hand, taken back to where its last run begins
-  int32_t length;         // of that run, at least 1
+  RunInHand hand;
   int32_t codes_used;     // entries of `codes` given away
   uint16_t first[4096];   // by head: where its place in `codes` begins; 0, a place without room, for most
   uint16_t codes[16384];  // each place: the longest run, the codes that there is room for, the codes from length 2 on
-  uint16_t other_code[4096];  // by code: that of the string with the first other pixel that followed; 0: none
-  uint8_t other_pixel[4096];  // that pixel
+  union {
+    uint16_t rows[16 * 4096];  // by code and other pixel: that of the string with that pixel; 0: none
+    struct {
+      uint16_t code[4096];  // by code: that of the string with the first other pixel that followed; 0: none
+      uint8_t pixel[4096];  // that pixel
+    } first_other;
+  };
 };
 
-// Begins using runs. The encoder has no strings yet, and one pixel in hand that fits the code size.
-void UseRuns(GifEncoder* encoder);
-
-// Moves all strings into the hash table.
-void LeaveRuns(GifEncoder* encoder);
-
-// Codes pixels until `end`, or until all strings must be cleared; the result is where it stopped. All pixels must fit
-// the code size: one that does not could be taken for a string's code.
-const uint8_t* CodeRuns(GifEncoder* encoder, const uint8_t* at, const uint8_t* end);
+// All pixels must fit the code size, those of the strings that there are, too: one that does not could be taken for a
+// string's code.
+void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings);
+const uint8_t* CodeRuns(RunStrings& runs, StringTable& table, LzwStrings& strings, const uint8_t* at,
+                        const uint8_t* end);

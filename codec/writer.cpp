@@ -105,10 +105,10 @@ void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* p
   MyPutc(stream, code_size);
   if (!encoder) return EndSubBlocks(stream);  // an image without pixels: what follows stays readable
   StartGifEncoder(encoder.get(), code_size);
-  WriteGifCode(stream, encoder.get(), encoder->clear_code);
+  WriteGifCode(stream, encoder.get(), encoder->strings.clear_code);
   ForEachRow(picture, [&](const uint8_t* row) { WriteGifLine(stream, encoder.get(), row, picture->width); });
-  if (encoder->prefix_code != kNoPrefix) WriteGifCode(stream, encoder.get(), encoder->prefix_code);
-  WriteGifCode(stream, encoder.get(), encoder->end_code);
+  if (encoder->strings.prefix_code != kNoPrefix) WriteGifCode(stream, encoder.get(), encoder->strings.prefix_code);
+  WriteGifCode(stream, encoder.get(), encoder->strings.end_code);
   WriteGifCode(stream, encoder.get(), kFlush);
 }
 

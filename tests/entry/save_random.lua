@@ -135,6 +135,24 @@ local function expect_coded(what, depth, width, height, pixels)
   expect_saved(what, { Blocks = { n = 1, { Intro = 0x2C, Picture = palette } } })
 end
 
+-- Pieces of all kinds in long images: the encoder changes its ways within them, and clears its strings often.
+local function mixture(size, colours)
+  local parts, length = {}, 0
+  while length < size do
+    local some = chance(30) and math.min(2, colours) or colours
+    parts[#parts + 1] = chance(20) and ("\0\1"):rep(random(4000)) or painted(random(30000), some)
+    length = length + #parts[#parts]
+  end
+  return table.concat(parts):sub(1, size)
+end
+
+for i = 1, 3 + kImages // 1000 do
+  local depth = random(8)
+  local pixels = mixture(90000, 1 << depth)
+  if chance(30) and depth < 8 then pixels = spoiled(pixels, math.max(depth, 2)) end
+  expect_coded("long image " .. i, depth, 300, 300, pixels)
+end
+
 for i = 1, kImages do
   local depth, width = random(chance(90) and 8 or 11), random(250)
   local height = random(chance(5) and 200 or 12)
