@@ -14,14 +14,14 @@ static void Add(const std::string& name, const Work& work, int64_t bytes) {
 }
 
 int main(int argc, char** argv) {
-  const std::vector<SampleImage> images = SampleImages();
-  std::vector<Bytes> files;
-  for (const SampleImage& image : images) files.push_back(EncodeSample(image));
-  for (size_t i = 0; i < images.size(); ++i) {
+  const std::vector<Sample> samples = MadeSamples();
+  for (const Sample& sample : samples) {
+    const Gif* gif = ReadSample(sample.file);  // for as long as the program
+    const GifPicture* first = FirstPicture(gif);
     for (const Codec& codec : Codecs()) {
-      const auto bytes = static_cast<int64_t>(images[i].pixels.size()) * (codec.all_frames ? images[i].frames : 1);
-      Add("decode/" + images[i].name + "/" + codec.name, codec.decode(files[i]), bytes);
-      if (codec.encode) Add("encode/" + images[i].name + "/" + codec.name, codec.encode(images[i]), bytes);
+      const int64_t bytes = codec.all_images ? AllPixels(gif) : int64_t{first->width} * first->height;
+      Add("decode/" + sample.name + "/" + codec.name, codec.decode(sample.file), bytes);
+      if (codec.encode) Add("encode/" + sample.name + "/" + codec.name, codec.encode(gif), bytes);
     }
   }
   benchmark::Initialize(&argc, argv);

@@ -4,6 +4,12 @@
 #include <gif_lib.h>
 #include <stb/stb_image.h>
 
+#ifdef HAVE_LIBAVCODEC
+extern "C" {
+#include <libavcodec/avcodec.h>
+}
+#endif
+
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
@@ -26,9 +32,7 @@ static void Require(bool succeeded, const char* what) {
 
 static Work DecodeOurs(const Bytes& file) {
   return [&file] {
-    MyFILE stream = {file.data(), static_cast<int64_t>(file.size()), 0, nullptr};
-    Gif* gif = NewGif();
-    ReadGif(&stream, gif);
+    Gif* gif = ReadSample(file);
     Use(gif->blocks);
     DeleteGif(gif);
   };
@@ -41,14 +45,10 @@ static std::shared_ptr<FILE> Nowhere() {
   return file;
 }
 
-static Work EncodeOurs(const SampleImage& image) {
-  const Bytes bytes = EncodeSample(image);
-  MyFILE source = {bytes.data(), static_cast<int64_t>(bytes.size()), 0, nullptr};
-  const std::shared_ptr<Gif> gif(NewGif(), DeleteGif);
-  ReadGif(&source, gif.get());
+static Work EncodeOurs(const Gif* gif) {
   return [gif, file = Nowhere()] {
     MyFILE stream = {nullptr, 0, 0, file.get()};
-    WriteGif(&stream, gif.get());
+    WriteGif(&stream, gif);
   };
 }
 
@@ -75,22 +75,25 @@ static Work DecodeGiflib(const Bytes& file) {
   };
 }
 
-static Work EncodeGiflib(const SampleImage& image) {
+static Work EncodeGiflib(const Gif* from) {
   const auto write = [](GifFileType* gif, const GifByteType* bytes, int count) {
     return static_cast<int>(std::fwrite(bytes, 1, static_cast<size_t>(count), static_cast<FILE*>(gif->UserData)));
   };
-  const std::shared_ptr<ColorMapObject> colours(GifMakeMapObject(1 << image.depth, nullptr), GifFreeMapObject);
-  return [=, pixels = image.pixels, file = Nowhere()]() mutable {
+  return [=, file = Nowhere()] {
     GifFileType* gif = EGifOpen(file.get(), write, nullptr);
-    EGifPutScreenDesc(gif, image.width, image.height, image.depth, 0, colours.get());
-    for (int32_t frame = 0; frame < image.frames; ++frame) {
-      EGifPutImageDesc(gif, 0, 0, image.width, image.height, false, nullptr);
-      for (int32_t y = 0; y < image.height; ++y) {
-        const int32_t row = (y + frame * 3) % image.height;
-        EGifPutLine(gif, pixels.data() + static_cast<std::ptrdiff_t>(row) * image.width, image.width);
-      }
+    const auto colours = [](int32_t depth) { return GifMakeMapObject(1 << depth, nullptr); };
+    ColorMapObject* global = colours(from->screen->cmap_depth);
+    EGifPutScreenDesc(gif, from->screen->width, from->screen->height, from->screen->cmap_depth, 0, global);
+    for (int32_t i = 0; i < from->count; ++i) {
+      const GifPicture* picture = from->blocks[i]->picture;
+      if (!picture) continue;
+      ColorMapObject* local = picture->has_cmap ? colours(picture->cmap_depth) : nullptr;
+      EGifPutImageDesc(gif, picture->left, picture->top, picture->width, picture->height, false, local);
+      for (int32_t y = 0; y < picture->height; ++y) EGifPutLine(gif, picture->data[y], picture->width);
+      GifFreeMapObject(local);
     }
     EGifCloseFile(gif, nullptr);
+    GifFreeMapObject(global);
   };
 }
 
@@ -105,12 +108,11 @@ static Work DecodeLibgd(const Bytes& file) {
   };
 }
 
-static Work EncodeLibgd(const SampleImage& image) {
-  const std::shared_ptr<gdImage> picture(gdImageCreate(image.width, image.height), gdImageDestroy);
-  for (int i = 0; i < 1 << image.depth; ++i) gdImageColorAllocate(picture.get(), i, i, i);
-  for (int32_t y = 0; y < image.height; ++y) {
-    std::copy_n(image.pixels.data() + static_cast<std::ptrdiff_t>(y) * image.width, image.width, picture->pixels[y]);
-  }
+static Work EncodeLibgd(const Gif* gif) {
+  const GifPicture* from = FirstPicture(gif);
+  const std::shared_ptr<gdImage> picture(gdImageCreate(from->width, from->height), gdImageDestroy);
+  for (int i = 0; i < 256; ++i) gdImageColorAllocate(picture.get(), i, i, i);
+  for (int32_t y = 0; y < from->height; ++y) std::copy_n(from->data[y], from->width, picture->pixels[y]);
   return [picture] {
     int size = 0;
     gdFree(gdImageGifPtr(picture.get(), &size));
@@ -131,12 +133,76 @@ static Work DecodeStb(const Bytes& file) {
   };
 }
 
+// --- libavcodec: the first image, to and from frames ---------------------------------------------------------------
+
+#ifdef HAVE_LIBAVCODEC
+using Context = std::unique_ptr<AVCodecContext, void (*)(AVCodecContext*)>;
+using Packet = std::unique_ptr<AVPacket, void (*)(AVPacket*)>;
+using Frame = std::unique_ptr<AVFrame, void (*)(AVFrame*)>;
+
+static Context NewContext(const AVCodec* codec) {
+  return {avcodec_alloc_context3(codec), [](AVCodecContext* context) { avcodec_free_context(&context); }};
+}
+static Packet NewPacket() {
+  return {av_packet_alloc(), [](AVPacket* packet) { av_packet_free(&packet); }};
+}
+static Frame NewFrame() {
+  return {av_frame_alloc(), [](AVFrame* frame) { av_frame_free(&frame); }};
+}
+
+static Work DecodeLibavcodec(const Bytes& file) {
+  return [&file] {
+    const AVCodec* codec = avcodec_find_decoder(AV_CODEC_ID_GIF);
+    const Context context = NewContext(codec);
+    const Packet packet = NewPacket();
+    const Frame frame = NewFrame();
+    packet->data = const_cast<uint8_t*>(file.data());
+    packet->size = static_cast<int>(file.size());
+    packet->flags = AV_PKT_FLAG_KEY;
+    Require(avcodec_open2(context.get(), codec, nullptr) == 0 &&
+                avcodec_send_packet(context.get(), packet.get()) == 0 &&
+                avcodec_receive_frame(context.get(), frame.get()) == 0,
+            "libavcodec's reading");
+    Use(frame->data[0]);
+  };
+}
+
+static Work EncodeLibavcodec(const Gif* gif) {
+  const GifPicture* from = FirstPicture(gif);
+  const std::shared_ptr<AVFrame> frame(av_frame_alloc(), [](AVFrame* made) { av_frame_free(&made); });
+  frame->format = AV_PIX_FMT_PAL8;
+  frame->width = from->width;
+  frame->height = from->height;
+  Require(av_frame_get_buffer(frame.get(), 0) == 0, "libavcodec's frame");
+  for (int32_t y = 0; y < from->height; ++y) {
+    std::copy_n(from->data[y], from->width, frame->data[0] + static_cast<std::ptrdiff_t>(y) * frame->linesize[0]);
+  }
+  for (uint32_t i = 0; i < 256; ++i) reinterpret_cast<uint32_t*>(frame->data[1])[i] = 0xFF000000 | i * 0x10101;
+  return [frame] {
+    const AVCodec* codec = avcodec_find_encoder(AV_CODEC_ID_GIF);
+    const Context context = NewContext(codec);
+    const Packet packet = NewPacket();
+    context->width = frame->width;
+    context->height = frame->height;
+    context->pix_fmt = AV_PIX_FMT_PAL8;
+    context->time_base = {1, 100};
+    Require(avcodec_open2(context.get(), codec, nullptr) == 0 &&
+                avcodec_send_frame(context.get(), frame.get()) == 0 &&
+                avcodec_receive_packet(context.get(), packet.get()) == 0,
+            "libavcodec's writing");
+  };
+}
+#endif
+
 std::span<const Codec> Codecs() {
   static constexpr Codec kCodecs[] = {
       {"ours", true, DecodeOurs, EncodeOurs},
       {"giflib", true, DecodeGiflib, EncodeGiflib},
       {"libgd", false, DecodeLibgd, EncodeLibgd},
       {"stb_image", true, DecodeStb, nullptr},
+#ifdef HAVE_LIBAVCODEC
+      {"libavcodec", false, DecodeLibavcodec, EncodeLibavcodec},
+#endif
   };
   return kCodecs;
 }

@@ -3,22 +3,19 @@
 // The codecs that are measured, ours and those that people use: whole documents from and to memory, made and
 // released.
 
-#include <cstdint>
 #include <functional>
 #include <span>
-#include <vector>
 
-#include "bench/sample_images.h"
+#include "bench/samples.h"
 
-using Bytes = std::vector<uint8_t>;
 using Work = std::function<void()>;
 
 struct Codec {
   const char* name;
-  bool all_frames;                           // false: it reads and writes the first image only
-  Work (*decode)(const Bytes& file);         // the work of reading the file, which must outlive it
-  Work (*encode)(const SampleImage& image);  // the work of writing the image; null when it cannot write
+  bool all_images;                    // false: it reads and writes the first image only
+  Work (*decode)(const Bytes& file);  // the work of reading the file, which must outlive it
+  Work (*encode)(const Gif* gif);     // the work of writing the document, which must outlive it; null: cannot write
 };
 
-// Ours first.
+// Ours first, then giflib.
 std::span<const Codec> Codecs();

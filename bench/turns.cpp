@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 #include <ctime>
 
 void PinToOneCore() {
@@ -24,7 +25,7 @@ static double ThreadSeconds() {
   return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
-static double SecondsOf(const std::function<void()>& work, int64_t runs) {
+double SecondsOf(const std::function<void()>& work, int64_t runs) {
   const double start = ThreadSeconds();
   for (int64_t i = 0; i < runs; ++i) work();
   return (ThreadSeconds() - start) / static_cast<double>(runs);
@@ -45,7 +46,7 @@ std::vector<std::vector<double>> MeasureInTurns(const std::vector<std::function<
   return measured;
 }
 
-static double Median(std::vector<double> values) {
+double Median(std::vector<double> values) {
   std::nth_element(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2), values.end());
   return values[values.size() / 2];
 }
@@ -60,4 +61,15 @@ double MedianSeconds(const std::vector<std::vector<double>>& rounds, size_t of) 
   std::vector<double> seconds;
   for (const auto& times : rounds) seconds.push_back(times[of]);
   return Median(std::move(seconds));
+}
+
+std::string Times(double ratio) {
+  char text[32];
+  std::snprintf(text, sizeof text, ratio < 10 ? "%.1f ×" : "%.0f ×", ratio);
+  return text;
+}
+
+std::string Against(double ratio, double goal) {
+  if (goal == 0) return "–";
+  return Times(goal) + (ratio >= goal ? " ✓" : " missed");
 }
