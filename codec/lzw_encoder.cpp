@@ -23,8 +23,8 @@ static_assert(std::endian::native == std::endian::little, "codes are stored lowe
 constexpr int64_t kPixelsPerCodeInRuns = 4, kPixelsPerCodeToGoOn = 2;
 
 // The first choice is made when so many strings have been added, and the next whenever they are twice as many: taking
-// them over costs less than finding them did.
-constexpr int32_t kFirstChoice = 128;
+// them over costs less than finding them did. Later in large images: their tables take time to clear.
+constexpr int32_t kFirstChoice = 128, kFirstChoiceOfLargeImage = 1024;
 // From so many on the tables are worth clearing that large images have.
 constexpr int32_t kStringsOfLargeImage = 1024;
 
@@ -105,11 +105,12 @@ bool IsMostlyRuns(const uint8_t* at, const uint8_t* end) {
   return changes * kPixelsPerRun < pixels;
 }
 
+bool IsLargeImage(const GifEncoder* encoder) { return encoder->table.mask + 1 == StringTable::kMostEntries; }
+
 // The best way for the pixels to come.
 StringsBy Choose(const GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
   const LzwStrings& strings = encoder->strings;
-  const bool large = encoder->table.mask + 1 == StringTable::kMostEntries;
-  const StringsBy any = large ? StringsBy::kPairs : StringsBy::kTable;
+  const StringsBy any = IsLargeImage(encoder) ? StringsBy::kPairs : StringsBy::kTable;
   if (encoder->pixels_used >= strings.clear_code) return any;
   const int32_t added = strings.next_code - encoder->choice_code;
   const bool first = added == 0;  // nothing is known but what comes
@@ -132,17 +133,16 @@ void Use(GifEncoder* encoder, StringsBy by) {
 void SetPause(GifEncoder* encoder) {
   LzwStrings& strings = encoder->strings;
   const int32_t added = strings.next_code - strings.end_code - 1;
-  strings.pause_code = std::min(strings.next_code + std::max(added, kFirstChoice), kLastCode + 1);
+  const int32_t first = IsLargeImage(encoder) ? kFirstChoiceOfLargeImage : kFirstChoice;
+  strings.pause_code = std::min(strings.next_code + std::max(added, first), kLastCode + 1);
   encoder->pixels_since_choice = 0;
   encoder->choice_code = strings.next_code;
 }
 
 void ChooseAgain(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
   const LzwStrings& strings = encoder->strings;
-  uint32_t& mask = encoder->table.mask;
-  const bool grows =
-      mask < StringTable::kMostEntries - 1 && strings.next_code - strings.end_code > kStringsOfLargeImage;
-  if (grows) mask = StringTable::kMostEntries - 1;
+  const bool grows = !IsLargeImage(encoder) && strings.next_code - strings.end_code > kStringsOfLargeImage;
+  if (grows) encoder->table.mask = StringTable::kMostEntries - 1;
   const StringsBy by = Choose(encoder, at, end);
   if (grows || by != encoder->by) Use(encoder, by);
   SetPause(encoder);

@@ -25,7 +25,7 @@ constexpr int32_t kFlush = 4096;  // in place of a code: write out everything an
 // How strings are found at present.
 enum class StringsBy { kTable, kPairs, kRuns, kBits };
 
-// About 222 KiB, of which most images use a part; owned by its user, who need not fill it in.
+// About 256 KiB, of which small images use a part; owned by its user, who need not fill it in.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
   int32_t code_width;   // bits of the next code written, up to 12
