@@ -33,7 +33,7 @@ constexpr int32_t kStringsOfLargeImage = 1024;
 // Writes codes of one width: the prefixes of the strings up to `end`. Each is merged into the bits whole, what
 // exceeds the width included. Stores eight bytes at a time, of which the first few count.
 void PackCodes(GifEncoder* encoder, int32_t end) {
-  constexpr int32_t kTogether = 4;  // 48 bits at most, beside the 7 that wait: a third of the time
+  constexpr int32_t kTogether = 4;  // 48 bits at most, beside the 7 that wait
   const uint32_t* const keys = encoder->strings.keys;
   const auto width = static_cast<uint32_t>(encoder->code_width);
   uint8_t* to = encoder->block + encoder->block_len;

@@ -14,7 +14,7 @@
 // With up to 16 colours each string has a row for other pixels instead, by pixel, and nothing is searched: 16 %
 // faster.
 //
-// Even pictures are coded 2 to 80 times as fast as with the hash table alone; others would pay for looking in several
+// Even pictures are coded 3 to 80 times as fast as with the hash table alone; others would pay for looking in several
 // places.
 
 #include <cstdint>
