@@ -16,7 +16,6 @@ extern "C" {
 #include <cstring>
 #include <memory>
 
-#include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
 
@@ -80,7 +79,12 @@ static Work EncodeGiflib(const Gif* from) {
   const auto write = [](GifFileType* gif, const GifByteType* bytes, int count) {
     return static_cast<int>(std::fwrite(bytes, 1, static_cast<size_t>(count), static_cast<FILE*>(gif->UserData)));
   };
-  return [=, file = Nowhere()] {
+  std::vector<Bytes> pixels;  // of each block, none of extensions
+  for (int32_t i = 0; i < from->count; ++i) {
+    const GifPicture* picture = from->blocks[i]->picture;
+    pixels.push_back(picture ? PixelsOf(picture) : Bytes());
+  }
+  return [=, file = Nowhere()]() mutable {
     GifFileType* gif = EGifOpen(file.get(), write, nullptr);
     const auto colours = [](int32_t depth) { return GifMakeMapObject(1 << depth, nullptr); };
     ColorMapObject* global = colours(from->screen->cmap_depth);
@@ -90,10 +94,8 @@ static Work EncodeGiflib(const Gif* from) {
       if (!picture) continue;
       ColorMapObject* local = picture->has_cmap ? colours(picture->cmap_depth) : nullptr;
       EGifPutImageDesc(gif, picture->left, picture->top, picture->width, picture->height, false, local);
-      RowReader rows(picture);
-      for (int32_t y = 0; y < picture->height; ++y) {
-        EGifPutLine(gif, const_cast<uint8_t*>(rows.Row(y)), picture->width);
-      }
+      uint8_t* row = pixels[static_cast<size_t>(i)].data();
+      for (int32_t y = 0; y < picture->height; ++y, row += picture->width) EGifPutLine(gif, row, picture->width);
       GifFreeMapObject(local);
     }
     EGifCloseFile(gif, nullptr);
@@ -116,8 +118,9 @@ static Work EncodeLibgd(const Gif* gif) {
   const GifPicture* from = FirstPicture(gif);
   const std::shared_ptr<gdImage> picture(gdImageCreate(from->width, from->height), gdImageDestroy);
   for (int i = 0; i < 256; ++i) gdImageColorAllocate(picture.get(), i, i, i);
-  RowReader rows(from);
-  for (int32_t y = 0; y < from->height; ++y) std::copy_n(rows.Row(y), from->width, picture->pixels[y]);
+  const Bytes pixels = PixelsOf(from);
+  const uint8_t* row = pixels.data();
+  for (int32_t y = 0; y < from->height; ++y, row += from->width) std::copy_n(row, from->width, picture->pixels[y]);
   return [picture] {
     int size = 0;
     gdFree(gdImageGifPtr(picture.get(), &size));
@@ -179,9 +182,10 @@ static Work EncodeLibavcodec(const Gif* gif) {
   frame->width = from->width;
   frame->height = from->height;
   Require(av_frame_get_buffer(frame.get(), 0) == 0, "libavcodec's frame");
-  RowReader rows(from);
-  for (int32_t y = 0; y < from->height; ++y) {
-    std::copy_n(rows.Row(y), from->width, frame->data[0] + static_cast<std::ptrdiff_t>(y) * frame->linesize[0]);
+  const Bytes pixels = PixelsOf(from);
+  const uint8_t* row = pixels.data();
+  for (int32_t y = 0; y < from->height; ++y, row += from->width) {
+    std::copy_n(row, from->width, frame->data[0] + static_cast<std::ptrdiff_t>(y) * frame->linesize[0]);
   }
   for (uint32_t i = 0; i < 256; ++i) reinterpret_cast<uint32_t*>(frame->data[1])[i] = 0xFF000000 | i * 0x10101;
   return [frame] {

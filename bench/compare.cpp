@@ -19,8 +19,6 @@
 #include "bench/growth.h"
 #include "bench/heap_peak.h"
 #include "bench/turns.h"
-#include "codec/format.h"
-#include "codec/memory.h"
 #include "codec/reader.h"
 #include "codec/writer.h"
 #include "entry/buffered_file.h"

@@ -10,7 +10,6 @@
 #include "bench/turns.h"
 #include "codec/format.h"
 #include "codec/memory.h"
-#include "codec/picture_rows.h"
 #include "codec/writer.h"
 
 namespace {

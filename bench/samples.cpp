@@ -10,6 +10,7 @@
 #include <memory>
 #include <random>
 
+#include "codec/picture_rows.h"
 #include "codec/reader.h"
 
 namespace {
@@ -254,4 +255,14 @@ const GifPicture* FirstPicture(const Gif* gif) {
     if (gif->blocks[i]->picture) return gif->blocks[i]->picture;
   }
   return nullptr;
+}
+
+Bytes PixelsOf(const GifPicture* picture) {
+  Bytes pixels;
+  RowReader rows(picture);
+  for (int32_t y = 0; y < picture->height; ++y) {
+    const uint8_t* row = rows.Row(y);
+    if (row) pixels.insert(pixels.end(), row, row + picture->width);
+  }
+  return pixels;
 }

@@ -31,3 +31,6 @@ Gif* ReadSample(const Bytes& file);
 
 int64_t AllPixels(const Gif* gif);
 const GifPicture* FirstPicture(const Gif* gif);  // null without one
+
+// The picture's pixels, top row first.
+Bytes PixelsOf(const GifPicture* picture);

@@ -15,10 +15,9 @@
 #include <cstdint>
 
 #include "codec/byte_stream.h"
-#include "codec/lzw_bits.h"
-#include "codec/lzw_pairs.h"
 #include "codec/lzw_runs.h"
 #include "codec/lzw_strings.h"
+#include "codec/lzw_tables.h"
 
 constexpr int32_t kFlush = 4096;  // in place of a code: write out everything and end the image data
 

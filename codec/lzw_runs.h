@@ -19,7 +19,6 @@
 
 #include <cstdint>
 
-#include "codec/lzw_hash.h"
 #include "codec/lzw_strings.h"
 
 // The string in hand.
@@ -27,6 +26,12 @@ struct RunInHand {
   uint32_t head;        // the string taken back to where its last run begins
   int32_t length;       // of that run, at least 1
   uint32_t last_pixel;  // of the string
+};
+
+// By code: that of the string with the first other pixel that followed, 0 for none; and that pixel.
+struct FirstOthers {
+  uint16_t code[4096];
+  uint8_t pixel[4096];
 };
 
 // Valid as a whole from `UseRuns` on.
@@ -37,10 +42,7 @@ struct RunStrings {
   uint16_t codes[16384];  // each place: the longest run, the codes that there is room for, the codes from length 2 on
   union {
     uint16_t rows[16 * 4096];  // by code and other pixel: that of the string with that pixel; 0: none
-    struct {
-      uint16_t code[4096];  // by code: that of the string with the first other pixel that followed; 0: none
-      uint8_t pixel[4096];  // that pixel
-    } first_other;
+    FirstOthers first_other;
   };
 };
 
