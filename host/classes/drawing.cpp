@@ -1,9 +1,9 @@
 #include "host/classes/drawing.h"
 
-#include <gdfonts.h>
-
 #include <algorithm>
 #include <vector>
+
+#include "host/core/gd_library.h"
 
 namespace host {
 namespace {
@@ -80,7 +80,7 @@ void FillRectangle(Picture& picture, const Rectangle& area, uint32_t rgb) {
 }
 
 void DrawText(Picture& picture, int64_t x, int64_t y, std::string_view text, uint32_t rgb) {
-  const gdFont& font = *gdFontGetSmall();
+  const gdFont& font = *gd::FontGetSmall();
   for (const char c : text) {
     const int glyph = static_cast<unsigned char>(c) - font.offset;
     if (glyph >= 0 && glyph < font.nchars) {
@@ -109,14 +109,21 @@ void DrawPicture(Picture& picture, const Rectangle& target_area, const Picture& 
   if (columns.empty()) return;
 
   SourceRow source_row(source, columns.front(), columns.back());
+  const bool copied = !source.mask() && part.width == target.width;
+  std::vector<uint32_t> before(columns.size());
   std::vector<uint32_t> row(columns.size());
   for (int y = inside.top; y < inside.bottom; ++y) {
     const int64_t from_y = part.y + (y - target.y) * part.height / target.height;
     if (!source.Contains(0, from_y)) continue;
-    source_row.Read(static_cast<int>(from_y));
-    picture.pixels().Read(left, y, row);
-    for (size_t i = 0; i < row.size(); ++i) row[i] = source_row.Over(row[i], columns[i]);
-    picture.pixels().Write(left, y, row);
+    picture.pixels().Read(left, y, before);
+    if (copied) {
+      source.pixels().Read(columns.front(), static_cast<int>(from_y), row);
+    } else {
+      source_row.Read(static_cast<int>(from_y));
+      for (size_t i = 0; i < row.size(); ++i) row[i] = source_row.Over(before[i], columns[i]);
+    }
+    // Memory of a new picture that nobody writes to costs nothing: most masks are black.
+    if (row != before) picture.pixels().Write(left, y, row);
   }
 }
 

@@ -6,6 +6,7 @@
 #include "host/classes/native.h"
 #include "host/core/output_file.h"
 #include "host/host/object.h"
+#include "host/host/path.h"
 #include "host/host/string.h"
 
 namespace host {
@@ -42,6 +43,7 @@ std::string Bytes(REALstringStruct* text) {
 void Construct(REALobjectStruct* self, REALstringStruct* target) {
   auto& object = *Self<OutputFileObject>(self);
   object.started = true;
+  RequirePath(Bytes(target));
   Require(object.file.Start(Bytes(target)));
 }
 

@@ -1,7 +1,5 @@
 #include "host/classes/picture_file.h"
 
-#include <gd.h>
-
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -11,8 +9,10 @@
 #include <stdexcept>
 #include <vector>
 
+#include "host/core/gd_library.h"
 #include "host/core/output_file.h"
 #include "host/core/text.h"
+#include "host/host/path.h"
 
 namespace host {
 namespace {
@@ -23,12 +23,12 @@ struct CloseFile {
 using File = std::unique_ptr<std::FILE, CloseFile>;
 
 struct DestroyImage {
-  void operator()(gdImagePtr image) const { gdImageDestroy(image); }
+  void operator()(gdImagePtr image) const { gd::ImageDestroy(image); }
 };
 using Image = std::unique_ptr<gdImage, DestroyImage>;
 
 struct FreeGdBytes {
-  void operator()(void* bytes) const { gdFree(bytes); }
+  void operator()(void* bytes) const { gd::Free(bytes); }
 };
 using GdBytes = std::unique_ptr<void, FreeGdBytes>;
 
@@ -49,8 +49,8 @@ class ColorIndexes {
     for (; slots_[at].index >= 0; at = (at + 1) % slots_.size()) {
       if (slots_[at].color == color) return slots_[at].index;
     }
-    const int index = gdImageColorAllocateAlpha(image_, gdTrueColorGetRed(color), gdTrueColorGetGreen(color),
-                                                gdTrueColorGetBlue(color), gdTrueColorGetAlpha(color));
+    const int index = gd::ImageColorAllocateAlpha(image_, gdTrueColorGetRed(color), gdTrueColorGetGreen(color),
+                                                  gdTrueColorGetBlue(color), gdTrueColorGetAlpha(color));
     if (index >= 0) slots_[at] = {color, index};
     return index;
   }
@@ -64,25 +64,60 @@ class ColorIndexes {
   gdImagePtr image_;
 };
 
-// The same image with a table of its colours, because such files are mostly smaller and sooner written. Null when a
+// A picture row by row in libgd's colours, 0xTTRRGGBB.
+class Rows {
+ public:
+  explicit Rows(const Picture& picture)
+      : picture_(picture), colors_(static_cast<size_t>(picture.width())), transparency_(colors_.size()) {}
+
+  std::span<const uint32_t> Read(int y) {
+    picture_.pixels().Read(0, y, colors_);
+    if (!picture_.mask()) return colors_;
+    picture_.ReadTransparency(0, y, transparency_);
+    for (size_t x = 0; x < colors_.size(); ++x) {
+      colors_[x] |= (transparency_[x] * kGdTransparent + 127) / 255 << 24;
+    }
+    return colors_;
+  }
+
+ private:
+  const Picture& picture_;
+  std::vector<uint32_t> colors_;
+  std::vector<uint32_t> transparency_;
+};
+
+// The picture with a table of its colours, because such files are mostly smaller and sooner written. Null when a
 // table can't hold them all.
-Image WithColorTable(const gdImage& image) {
-  Image copy(gdImageCreate(image.sx, image.sy));
-  if (!copy) return nullptr;
-  ColorIndexes indexes(copy.get());
-  int color = image.tpixels[0][0];
-  int index = indexes.IndexOf(color);
-  for (int y = 0; y < image.sy; ++y) {
-    for (int x = 0; x < image.sx; ++x) {
-      if (image.tpixels[y][x] != color) {
-        color = image.tpixels[y][x];
-        index = indexes.IndexOf(color);
+Image WithColorTable(const Picture& picture) {
+  Image image(gd::ImageCreate(picture.width(), picture.height()));
+  if (!image) throw std::bad_alloc();
+  ColorIndexes indexes(image.get());
+  Rows rows(picture);
+  uint32_t color = rows.Read(0)[0];
+  int index = indexes.IndexOf(static_cast<int>(color));
+  for (int y = 0; y < picture.height(); ++y) {
+    unsigned char* to = image->pixels[y];
+    for (const uint32_t next : rows.Read(y)) {
+      if (next != color) {
+        color = next;
+        index = indexes.IndexOf(static_cast<int>(color));
+        if (index < 0) return nullptr;
       }
-      if (index < 0) return nullptr;
-      copy->pixels[y][x] = static_cast<unsigned char>(index);
+      *to++ = static_cast<unsigned char>(index);
     }
   }
-  return copy;
+  return image;
+}
+
+Image WithTrueColors(const Picture& picture) {
+  Image image(gd::ImageCreateTrueColor(picture.width(), picture.height()));
+  if (!image) throw std::bad_alloc();
+  Rows rows(picture);
+  for (int y = 0; y < picture.height(); ++y) {
+    const std::span<const uint32_t> row = rows.Read(y);
+    std::memcpy(image->tpixels[y], row.data(), row.size_bytes());
+  }
+  return image;
 }
 
 [[noreturn]] void Fail(const std::string& what) { throw std::runtime_error(what); }
@@ -92,26 +127,17 @@ Image WithColorTable(const gdImage& image) {
 
 std::string EncodePng(const Picture& picture) {
   if (picture.width() == 0) Fail("the picture has no pixels");
-  const Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
-  if (!image) throw std::bad_alloc();
-  std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
-  std::vector<uint32_t> transparency(colors.size());
-  for (int y = 0; y < picture.height(); ++y) {
-    picture.pixels().Read(0, y, colors);
-    picture.ReadTransparency(0, y, transparency);
-    for (size_t x = 0; x < colors.size(); ++x) {
-      image->tpixels[y][x] = static_cast<int>(colors[x] | (transparency[x] * kGdTransparent + 127) / 255 << 24);
-    }
-  }
-  gdImageSaveAlpha(image.get(), picture.mask() ? 1 : 0);
-  const Image with_table = WithColorTable(*image);
+  Image image = WithColorTable(picture);
+  if (!image) image = WithTrueColors(picture);
+  gd::ImageSaveAlpha(image.get(), picture.mask() ? 1 : 0);
   int size = 0;
-  const GdBytes bytes(gdImagePngPtrEx(with_table ? with_table.get() : image.get(), &size, kCompression));
+  const GdBytes bytes(gd::ImagePngPtrEx(image.get(), &size, kCompression));
   if (!bytes) throw std::bad_alloc();
   return {static_cast<const char*>(bytes.get()), static_cast<size_t>(size)};
 }
 
 void SavePng(const Picture& picture, const std::string& path) {
+  RequirePath(path);
   const std::string encoded = EncodePng(picture);
   OutputFile file;
   std::string problem = file.Start(path);
@@ -121,16 +147,17 @@ void SavePng(const Picture& picture, const std::string& path) {
 }
 
 void LoadPng(Host& host, Picture& picture, const std::string& path) {
+  RequirePath(path);
   const File file(std::fopen(path.c_str(), "rb"));
   if (!file) FailAsTheSystemSays(path);
-  const Image image(gdImageCreateFromPng(file.get()));
+  const Image image(gd::ImageCreateFromPng(file.get()));
   if (!image) Fail(path + " is no PNG file");
   if (!picture.Create(host.options(), gdImageSX(image.get()), gdImageSY(image.get()))) {
     Fail("the picture is too large");
   }
   for (int y = 0; y < picture.height(); ++y) {
     for (int x = 0; x < picture.width(); ++x) {
-      const auto pixel = static_cast<uint32_t>(gdImageGetTrueColorPixel(image.get(), x, y));
+      const auto pixel = static_cast<uint32_t>(gd::ImageGetTrueColorPixel(image.get(), x, y));
       picture.pixels().Set(x, y, pixel & 0xFFFFFF);
       const uint32_t transparency = ((pixel >> 24) * 255 + kGdTransparent / 2) / kGdTransparent;
       if (transparency != 0 && picture.MakeMask(host)) {

@@ -1,7 +1,5 @@
 #include "host/classes/picture_making.h"
 
-#include <gd.h>
-
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -9,13 +7,14 @@
 #include <stdexcept>
 #include <vector>
 
+#include "host/core/gd_library.h"
 #include "host/core/text.h"
 
 namespace host {
 namespace {
 
 struct DestroyImage {
-  void operator()(gdImagePtr image) const { gdImageDestroy(image); }
+  void operator()(gdImagePtr image) const { gd::ImageDestroy(image); }
 };
 using Image = std::unique_ptr<gdImage, DestroyImage>;
 
@@ -25,7 +24,7 @@ constexpr uint32_t kWhite = 0xFFFFFF;
 constexpr int64_t kLargestLetters = 2000;  // pixels
 
 Image ToGd(const Picture& picture) {
-  Image image(gdImageCreateTrueColor(picture.width(), picture.height()));
+  Image image(gd::ImageCreateTrueColor(picture.width(), picture.height()));
   if (!image) throw std::bad_alloc();
   std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
   std::vector<uint32_t> transparency(colors.size());
@@ -63,10 +62,10 @@ Ref<Picture> Scaled(Host& host, const Picture& picture, int64_t width, int64_t h
   Ref<Picture> scaled = NewPicture(host, width, height);
   if (!scaled) throw std::runtime_error(Text("A picture of ", width, " by ", height, " pixels can't be made."));
   const Image from = ToGd(picture);
-  const Image to(gdImageCreateTrueColor(scaled->width(), scaled->height()));
+  const Image to(gd::ImageCreateTrueColor(scaled->width(), scaled->height()));
   if (!to) throw std::bad_alloc();
-  gdImageAlphaBlending(to.get(), 0);
-  gdImageCopyResampled(to.get(), from.get(), 0, 0, 0, 0, to->sx, to->sy, from->sx, from->sy);
+  gd::ImageAlphaBlending(to.get(), 0);
+  gd::ImageCopyResampled(to.get(), from.get(), 0, 0, 0, 0, to->sx, to->sy, from->sx, from->sy);
   FromGd(host, *to, static_cast<bool>(picture.mask()), *scaled);
   return scaled;
 }
@@ -100,21 +99,21 @@ Ref<Picture> Difference(Host& host, const Picture& first, const Picture& second)
 }
 
 void DrawLetters(Host& host, Picture& picture, Lettering lettering) {
-  gdFTUseFontConfig(lettering.font.find('/') == std::string::npos ? 1 : 0);
+  gd::FTUseFontConfig(lettering.font.find('/') == std::string::npos ? 1 : 0);
   gdFTStringExtra extra = {};
   extra.flags = gdFTEX_RESOLUTION;
   extra.hdpi = extra.vdpi = 72;  // a point is a pixel
   const auto points = static_cast<double>(std::clamp<int64_t>(lettering.size, 1, kLargestLetters));
   std::array<int, 8> corners{};  // from the lower left one on, x and y
   const auto write = [&](gdImagePtr image, int x, int y) {
-    const char* problem = gdImageStringFTEx(image, corners.data(), kWhite, lettering.font.data(), points, 0, x, y,
-                                            lettering.text.data(), &extra);
+    const char* problem = gd::ImageStringFTEx(image, corners.data(), kWhite, lettering.font.data(), points, 0, x, y,
+                                              lettering.text.data(), &extra);
     if (problem != nullptr) throw std::runtime_error(Text(lettering.font, ": ", problem));
   };
   write(nullptr, 0, 0);
   const auto [left, right] = std::minmax({corners[0], corners[2], corners[4], corners[6]});
   const auto [top, bottom] = std::minmax({corners[1], corners[3], corners[5], corners[7]});
-  const Image coverage(gdImageCreateTrueColor(right - left + 2, bottom - top + 2));
+  const Image coverage(gd::ImageCreateTrueColor(right - left + 2, bottom - top + 2));
   if (!coverage) throw std::bad_alloc();
   write(coverage.get(), 1 - left, 1 - top);
   for (int y = 0; y < coverage->sy; ++y) {

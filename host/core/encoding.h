@@ -22,4 +22,7 @@ std::string ConvertEncoding(std::string_view bytes, uint32_t from, uint32_t to);
 
 bool IsUtf8(std::string_view bytes);
 
+// How many bytes from the first on are UTF-8.
+size_t Utf8Length(std::string_view bytes);
+
 }  // namespace host

@@ -1,5 +1,6 @@
 // The host function that turns a FolderItem into a file-system reference.
 
+#include <algorithm>
 #include <cstring>
 #include <filesystem>
 #include <system_error>
@@ -18,9 +19,25 @@ bool WritePath(const std::string& path, FSRef& reference) {
   return true;
 }
 
+// In UTF-16. A byte that is no part of UTF-8 text becomes a lone surrogate, 0xDC00 + byte, which no text holds.
+std::string Units(std::string_view name) {
+  std::string units;
+  while (!name.empty()) {
+    const size_t length = Utf8Length(name);
+    if (length > 0) {
+      units += ConvertEncoding(name.substr(0, length), kEncodingUtf8, kEncodingUtf16);
+    } else {
+      units += name.front();
+      units += static_cast<char>(0xDC);
+    }
+    name.remove_prefix(std::max<size_t>(length, 1));
+  }
+  return units;
+}
+
 bool WriteName(const std::string& name, HFSUniStr255& buffer) {
-  if (name.empty() || !IsUtf8(name)) return false;
-  const std::string units = ConvertEncoding(name, kEncodingUtf8, kEncodingUtf16);
+  if (name.empty()) return false;
+  const std::string units = Units(name);
   if (units.size() > sizeof(buffer.unicode)) return false;
   buffer.length = static_cast<uint16_t>(units.size() / sizeof(uint16_t));
   std::memcpy(buffer.unicode, units.data(), units.size());

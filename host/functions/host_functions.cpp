@@ -5,7 +5,7 @@
 #include <new>
 #include <string_view>
 
-#include "host/core/fault.h"
+#include "host/host/host.h"
 
 namespace host {
 
@@ -22,13 +22,13 @@ REALproc FindHostFunction(const char* name) {
   return found == functions.end() ? nullptr : found->second;
 }
 
-void ExpectLackOfMemory() {
+void RaiseUnlessMemory() {
   try {
     throw;
   } catch (const std::bad_alloc&) {
     // As the result says.
   } catch (const std::exception& error) {
-    Fault(error.what());
+    Host::Current().Raise(RaisedException("RuntimeException", error.what()));
   }
 }
 

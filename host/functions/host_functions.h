@@ -24,12 +24,12 @@ std::span<const HostFunction> PictureFunctions();
 // Null when there is no function of exactly that name.
 REALproc FindHostFunction(const char* name);
 
-// For what a host function throws: only that memory runs out, which its neutral result tells.
-void ExpectLackOfMemory();
+// For what a host function throws: its neutral result tells that memory ran out, anything else is raised as well.
+void RaiseUnlessMemory();
 
 template <auto function>
 HostFunction Offered(const char* name) {
-  return {name, reinterpret_cast<REALproc>(Boundary<function, ExpectLackOfMemory>::Call)};
+  return {name, reinterpret_cast<REALproc>(Boundary<function, RaiseUnlessMemory>::Call)};
 }
 
 }  // namespace host

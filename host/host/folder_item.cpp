@@ -3,11 +3,14 @@
 #include <filesystem>
 #include <system_error>
 
+#include "host/host/path.h"
+
 namespace host {
 
 namespace fs = std::filesystem;
 
 void FolderItem::set_path(std::string_view path) {
+  RequirePath(path);
   std::error_code error;
   path_ = fs::absolute(fs::path(path), error).string();
   if (path.empty()) path_ = fs::current_path(error).string();

@@ -14,7 +14,8 @@ class FolderItem : public Object {
 
   const char* kind() const override { return kKind; }
 
-  void set_path(std::string_view path);              // UTF-8; a relative one is taken from the current folder
+  // UTF-8; a relative one is taken from the current folder. Throws UsageError for one that no file can have.
+  void set_path(std::string_view path);
   const std::string& path() const { return path_; }  // without a trailing slash, except "/" itself
   std::string name() const;
   std::string parent_path() const;

@@ -19,12 +19,14 @@ bool Picture::Create(const HostOptions& options, int64_t width, int64_t height) 
 }
 
 const Ref<Picture>& Picture::MakeMask(Host& host) {
-  if (!mask_) mask_ = NewPicture(host, width_, height_);
+  if (!mask_) SetMask(NewPicture(host, width_, height_));
   return mask_;
 }
 
 bool Picture::SetMask(Ref<Picture> mask) {
-  if (mask && (mask->mask_ || mask.get() == this)) return false;
+  if (mask && (mask->mask_ || mask.get() == this || masked_ > 0)) return false;
+  if (mask_) --mask_->masked_;
+  if (mask) ++mask->masked_;
   mask_ = std::move(mask);
   return true;
 }
@@ -52,6 +54,7 @@ void Picture::UnlockDescription() {
 
 void Picture::BeforeDeath() {
   if (locks_ > 0) Fault(Text(Describe(), " dies while its description is locked (", locks_, " times)"));
+  SetMask({});
 }
 
 Ref<Picture> NewPicture(Host& host, int64_t width, int64_t height) {

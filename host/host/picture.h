@@ -29,7 +29,7 @@ class Picture : public Object {
 
   const Ref<Picture>& mask() const { return mask_; }
   const Ref<Picture>& MakeMask(Host& host);  // the mask, made black when there is none; null when that fails
-  // False, with nothing changed, for a mask that has a mask itself.
+  // False, with nothing changed, for a mask that has a mask itself, and where this one is a mask already.
   bool SetMask(Ref<Picture> mask);
   // Of pixels side by side, from (x, y) on: 0 opaque to 255 transparent, by the mask.
   void ReadTransparency(int x, int y, std::span<uint32_t> to) const;
@@ -44,6 +44,7 @@ class Picture : public Object {
   int height_ = 0;
   int64_t locks_ = 0;
   Ref<Picture> mask_;
+  int masked_ = 0;  // pictures whose mask this is
 };
 
 // A picture's drawing surface.

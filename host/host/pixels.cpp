@@ -3,39 +3,59 @@
 #include <gd.h>
 
 #include <algorithm>
+#include <cstdlib>
 #include <limits>
 #include <new>
 #include <vector>
 
 #include "bridge/gif_plugin_host.h"
+#include "host/core/heap.h"
 #include "platform/core_graphics.h"
 
 namespace host {
 namespace {
 
-// libgd's true-colour image: rows of ints, 0xRRGGBB and in the top byte a transparency that is 0 when opaque.
+// libgd's true-colour image: rows of ints, 0xRRGGBB and in the top byte a transparency that is 0 when opaque. It is
+// made as libgd makes one, but in one piece: memory that nobody writes to is zero and costs nothing.
 class GdPixels : public Pixels {
  public:
-  explicit GdPixels(gdImagePtr image) : image_(image) {}
-  ~GdPixels() override { gdImageDestroy(image_); }
-  GdPixels(const GdPixels&) = delete;
-  GdPixels& operator=(const GdPixels&) = delete;
+  GdPixels(int width, int height)
+      : pixels_(
+            static_cast<int*>(std::calloc(static_cast<size_t>(width) * static_cast<size_t>(height), sizeof(int)))),
+        rows_(static_cast<size_t>(height)) {
+    if (!pixels_) throw std::bad_alloc();
+    for (size_t y = 0; y < rows_.size(); ++y) rows_[y] = pixels_.get() + y * static_cast<size_t>(width);
+    image_.sx = width;
+    image_.sy = height;
+    image_.tpixels = rows_.data();
+    image_.trueColor = 1;
+    image_.transparent = -1;
+    image_.alphaBlendingFlag = 1;
+    image_.thick = 1;
+    image_.cx2 = width - 1;
+    image_.cy2 = height - 1;
+    image_.res_x = GD_RESOLUTION;
+    image_.res_y = GD_RESOLUTION;
+    image_.interpolation_id = GD_BILINEAR_FIXED;
+  }
 
   void Read(int x, int y, std::span<uint32_t> to) const override {
-    const int* pixel = &image_->tpixels[y][x];
+    const int* pixel = &image_.tpixels[y][x];
     for (uint32_t& rgb : to) rgb = static_cast<uint32_t>(*pixel++) & 0xFFFFFF;
   }
   void Write(int x, int y, std::span<const uint32_t> from) override {
-    int* pixel = &image_->tpixels[y][x];
+    int* pixel = &image_.tpixels[y][x];
     for (const uint32_t rgb : from) *pixel++ = static_cast<int>(rgb & 0xFFFFFF);
   }
-  const uint8_t* At(int x, int y) const override { return reinterpret_cast<const uint8_t*>(&image_->tpixels[y][x]); }
+  const uint8_t* At(int x, int y) const override { return reinterpret_cast<const uint8_t*>(&image_.tpixels[y][x]); }
   size_t pixel_size() const override { return sizeof(int); }
   uint32_t description_kind() const override { return kPictureKindGDImage; }
-  void* platform_object() override { return image_; }
+  void* platform_object() override { return &image_; }
 
  private:
-  gdImagePtr image_;
+  std::unique_ptr<int, FreeMemory> pixels_;
+  std::vector<int*> rows_;
+  gdImage image_ = {};
 };
 
 // A bitmap context: rows of 3 or 4 bytes for each pixel, with bytes behind each row that stay untouched.
@@ -109,11 +129,8 @@ class BitmapPixels : public Pixels {
 std::unique_ptr<Pixels> MakePixels(const HostOptions& options, int width, int height) {
   // Both kinds end where libgd does: an image's bytes are counted in an int.
   if (width < 1 || height < 1 || width > std::numeric_limits<int>::max() / 4 / height) return nullptr;
-  if (options.pictures == PictureKind::kConsole) {
-    gdImagePtr image = gdImageCreateTrueColor(width, height);
-    return image == nullptr ? nullptr : std::make_unique<GdPixels>(image);
-  }
   try {
+    if (options.pictures == PictureKind::kConsole) return std::make_unique<GdPixels>(width, height);
     return std::make_unique<BitmapPixels>(options, width, height);
   } catch (const std::bad_alloc&) {
     return nullptr;

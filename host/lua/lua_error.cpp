@@ -2,7 +2,9 @@
 
 #include <string>
 
+#include "host/core/text.h"
 #include "host/host/errors.h"
+#include "host/host/value.h"
 #include "host/lua/lua_text.h"
 
 namespace host {
@@ -25,21 +27,14 @@ int ToText(lua_State* lua) {
   return 1;
 }
 
+int AsText(lua_State* lua) {
+  luaL_tolstring(lua, 1, nullptr);
+  return 1;
+}
+
 void SetField(lua_State* lua, const char* name, std::string_view text) {
   PushString(lua, text);
   lua_setfield(lua, -2, name);
-}
-
-// Pushes "script:12: " for the innermost function that has lines; C functions such as pcall may stand in between.
-void PushWhere(lua_State* lua) {
-  lua_Debug at = {};
-  for (int level = 1; lua_getstack(lua, level, &at) != 0; ++level) {
-    lua_getinfo(lua, "Sl", &at);
-    if (at.currentline <= 0) continue;
-    lua_pushfstring(lua, "%s:%d: ", at.short_src, at.currentline);
-    return;
-  }
-  lua_pushliteral(lua, "");
 }
 
 void PushException(lua_State* lua, const RaisedException& raised) {
@@ -64,6 +59,17 @@ void OpenErrors(lua_State* lua) {
   lua_pop(lua, 1);
 }
 
+void PushWhere(lua_State* lua) {
+  lua_Debug at = {};
+  for (int level = 1; lua_getstack(lua, level, &at) != 0; ++level) {
+    lua_getinfo(lua, "Sl", &at);
+    if (at.currentline <= 0) continue;
+    lua_pushfstring(lua, "%s:%d: ", at.short_src, at.currentline);
+    return;
+  }
+  lua_pushliteral(lua, "");
+}
+
 void PushError(lua_State* lua, const std::exception& error) {
   if (const auto* raised = dynamic_cast<const RaisedException*>(&error)) return PushException(lua, *raised);
   PushWhere(lua);
@@ -71,10 +77,23 @@ void PushError(lua_State* lua, const std::exception& error) {
   lua_concat(lua, 2);
 }
 
+std::string ErrorText(lua_State* lua, int index) {
+  lua_pushvalue(lua, index);
+  lua_pushcfunction(lua, AsText);
+  lua_insert(lua, -2);
+  const bool told = lua_pcall(lua, 1, 1, 0) == LUA_OK;
+  size_t length = 0;
+  const char* text = told ? lua_tolstring(lua, -1, &length) : nullptr;
+  std::string message = text != nullptr
+                            ? std::string(text, length)
+                            : Text("an error that can't say what it is, ", WithArticle(luaL_typename(lua, index)));
+  lua_pop(lua, 1);
+  return message;
+}
+
 int AddTraceback(lua_State* lua) {
   lua_settop(lua, 1);
-  const char* message = luaL_tolstring(lua, 1, nullptr);
-  luaL_traceback(lua, lua, message, 1);
+  luaL_traceback(lua, lua, ErrorText(lua, 1).c_str(), 1);
   return 1;
 }
 

@@ -6,6 +6,7 @@
 #include <lua.hpp>
 
 #include <exception>
+#include <string>
 
 #include "host/lua/lua_state.h"
 
@@ -14,9 +15,15 @@ namespace host {
 // Makes the metatable of host exceptions.
 void OpenErrors(lua_State* lua);
 
+// Pushes "script:12: " for the innermost function that has lines; C functions such as pcall may stand in between.
+void PushWhere(lua_State* lua);
+
 // Pushes the error value for an exception: for a host exception a table with `class`, `message`, `number` and `where`
 // (the script's line), which reads well with tostring; else the message with the line in front.
 void PushError(lua_State* lua, const std::exception& error);
+
+// What an error value says. One that cannot say it is told by its type.
+std::string ErrorText(lua_State* lua, int index);
 
 // For lua_pcall: adds the traceback to a message that nobody caught.
 int AddTraceback(lua_State* lua);

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "host/core/text.h"
+#include "host/host/path.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_text.h"
 
@@ -23,7 +24,9 @@ const char* KindOf(mode_t mode) {
 
 // host.stat(path): a table about what is there, by its links; nil and the reason.
 int Stat(lua_State* lua) {
-  const char* path = luaL_checkstring(lua, 1);
+  size_t length = 0;
+  const char* path = luaL_checklstring(lua, 1, &length);
+  RequirePath({path, length});
   struct stat found = {};
   if (stat(path, &found) != 0) {
     const int error = errno;

@@ -5,6 +5,7 @@
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_method.h"
 #include "host/lua/lua_object.h"
+#include "host/lua/lua_plugin.h"
 #include "host/lua/lua_state.h"
 #include "host/lua/lua_text.h"
 #include "host/lua/lua_value.h"
@@ -46,6 +47,7 @@ int FindGlobal(lua_State* lua) {
   size_t length = 0;
   const char* text = lua_tolstring(lua, 2, &length);
   const std::string_view name(text, length);
+  LoadPlugin(lua);
   Host& host = HostOf(lua);
   if (const Class* found = host.FindClass(name)) {
     PushClass(lua, *found);

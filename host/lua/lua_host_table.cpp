@@ -4,10 +4,12 @@
 #include <filesystem>
 #include <string>
 
+#include "host/host/path.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_files.h"
 #include "host/lua/lua_object.h"
 #include "host/lua/lua_pixels.h"
+#include "host/lua/lua_plugin.h"
 #include "host/lua/lua_state.h"
 #include "host/lua/lua_text.h"
 
@@ -143,8 +145,9 @@ int Fail(lua_State* lua) {
 int Exists(lua_State* lua) {
   size_t length = 0;
   const char* path = luaL_checklstring(lua, 1, &length);
+  RequirePath({path, length});
   std::error_code error;
-  lua_pushboolean(lua, std::filesystem::exists(std::string_view(path, length), error) ? 1 : 0);
+  lua_pushboolean(lua, std::filesystem::exists(path, error) ? 1 : 0);
   return 1;
 }
 
@@ -171,8 +174,8 @@ void OpenHostTable(lua_State* lua) {
     lua_pushnumber(lua, *host.options().version);
     lua_setfield(lua, -2, "version");
   }
-  SetInteger(lua, "plugin_version", host.plugin_version());
   SetText(lua, "pictures", host.options().pictures == PictureKind::kDesktop ? "desktop" : "console");
+  AddPluginFunctions(lua);
   lua_setglobal(lua, "host");
 }
 

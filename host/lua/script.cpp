@@ -8,6 +8,7 @@
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_globals.h"
 #include "host/lua/lua_host_table.h"
+#include "host/lua/lua_libraries.h"
 #include "host/lua/lua_members.h"
 #include "host/lua/lua_method.h"
 #include "host/lua/lua_object.h"
@@ -46,11 +47,11 @@ void SetArguments(lua_State* lua, const std::string& name, const std::vector<std
 
 }  // namespace
 
-Script::Script(Host& host, const std::string& name, std::vector<std::string> arguments)
+Script::Script(Host& host, const std::string& name, std::vector<std::string> arguments, bool allow_c_modules)
     : context_{host}, lua_(luaL_newstate()), arguments_(std::move(arguments)) {
   if (lua_ == nullptr) throw std::bad_alloc();
   SetContext(lua_, &context_);
-  luaL_openlibs(lua_);
+  OpenLibraries(lua_, allow_c_modules);
   OpenErrors(lua_);
   OpenObjects(lua_);
   OpenMethods(lua_);
@@ -69,14 +70,7 @@ Script::~Script() {
   lua_close(lua_);
 }
 
-void Script::FindModulesIn(const std::string& folder) {
-  lua_getglobal(lua_, "package");
-  PushString(lua_, folder + "/?.so;");
-  lua_getfield(lua_, -2, "cpath");
-  lua_concat(lua_, 2);
-  lua_setfield(lua_, -2, "cpath");
-  lua_pop(lua_, 1);
-}
+void Script::FindModulesIn(const std::string& folder) { AddModuleFolder(lua_, folder); }
 
 void Script::AddLibrary(const std::string& folder) {
   lua_getglobal(lua_, "package");
@@ -89,24 +83,27 @@ void Script::AddLibrary(const std::string& folder) {
 
 bool Script::RunFile(const std::string& path) {
   lua_pushcfunction(lua_, AddTraceback);
-  return Run(luaL_loadfile(lua_, path.empty() ? nullptr : path.c_str()));
+  return Run(luaL_loadfilex(lua_, path.empty() ? nullptr : path.c_str(), "t"));
 }
 
 bool Script::RunCode(const std::string& code, const std::string& chunk_name) {
   lua_pushcfunction(lua_, AddTraceback);
-  return Run(luaL_loadbuffer(lua_, code.data(), code.size(), chunk_name.c_str()));
+  return Run(luaL_loadbufferx(lua_, code.data(), code.size(), chunk_name.c_str(), "t"));
 }
 
 // On the stack: the message handler, and the loaded chunk or the message why it could not be loaded.
 bool Script::Run(int load_status) {
   const int handler = lua_gettop(lua_) - 1;
   int status = load_status;
+  if (status == LUA_OK && lua_checkstack(lua_, static_cast<int>(arguments_.size())) == 0) {
+    status = LUA_ERRRUN;
+    lua_pushliteral(lua_, "too many arguments");
+  }
   if (status == LUA_OK) {
-    luaL_checkstack(lua_, static_cast<int>(arguments_.size()), "too many arguments");
     for (const std::string& argument : arguments_) PushString(lua_, argument);
     status = lua_pcall(lua_, static_cast<int>(arguments_.size()), 0, handler);
   }
-  if (status != LUA_OK) error_ = luaL_tolstring(lua_, -1, nullptr);
+  if (status != LUA_OK) error_ = ErrorText(lua_, -1);
   lua_settop(lua_, handler - 1);
   return status == LUA_OK;
 }

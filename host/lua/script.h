@@ -13,7 +13,7 @@ namespace host {
 class Script {
  public:
   // `arguments` are handed to the scripts as `...` and as the table `arg`, whose element 0 is `name`.
-  Script(Host& host, const std::string& name, std::vector<std::string> arguments);
+  Script(Host& host, const std::string& name, std::vector<std::string> arguments, bool allow_c_modules = false);
   ~Script();
   Script(const Script&) = delete;
   Script& operator=(const Script&) = delete;

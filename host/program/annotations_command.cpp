@@ -133,6 +133,10 @@ constexpr char kHostTable[] = R"(host = {
 ---@return boolean
 function host.exists(path) end
 
+---@param plugin? "designed"|"tolerant"|string
+---@return string?
+function host.use(plugin) end
+
 ---@class FileFacts
 ---@field kind "file" | "folder" | "device" | "pipe" | "socket"
 ---@field size integer bytes
@@ -195,7 +199,7 @@ function host.fail(name, n) end
 int RunAnnotations(const ProgramOptions& options) {
   if (!options.arguments.empty()) throw std::invalid_argument("annotations takes no arguments");
   FullHost host(options.host);
-  host.LoadPlugin(PluginFile(options));
+  host.LoadPlugin(PluginFile(options.plugin));
   std::printf("---@meta\n\n");
   for (const auto& [name, known] : host.classes()) PrintClass(host, *known);
   for (const auto& [name, group] : host.globals().all()) PrintFunction(host, group, "");

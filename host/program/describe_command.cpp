@@ -119,7 +119,7 @@ std::string SummaryJson(const Listing& listing) {
 int RunList(const ProgramOptions& options) {
   const Arguments arguments = ParseArguments(options, false);
   FullHost host(options.host);
-  host.LoadPlugin(PluginFile(options));
+  host.LoadPlugin(PluginFile(options.plugin));
   const std::vector<Listing> listings = ListRegistered(host);
   if (arguments.json) {
     Print(JsonList<Listing>(listings, SummaryJson));
@@ -132,7 +132,7 @@ int RunList(const ProgramOptions& options) {
 int RunDescribe(const ProgramOptions& options) {
   const Arguments arguments = ParseArguments(options, true);
   FullHost host(options.host);
-  host.LoadPlugin(PluginFile(options));
+  host.LoadPlugin(PluginFile(options.plugin));
   if (!arguments.class_name.empty()) {
     const Listing listing = ListClass(host.RequireClass(arguments.class_name));
     if (arguments.json) {

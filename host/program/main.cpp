@@ -11,6 +11,7 @@
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
 #include "host/host/final_status.h"
+#include "host/lua/lua_plugin.h"
 #include "host/lua/script.h"
 #include "host/program/commands.h"
 #include "host/program/plugin_file.h"
@@ -19,8 +20,10 @@
 
 namespace {
 
-bool RunScript(host::Host& host, const host::ProgramOptions& options) {
-  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments);
+bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::ProgramOptions& options) {
+  host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments,
+                      options.c_modules);
+  host::SetPlugin(script.lua(), plugin);
   script.FindModulesIn(host::LibraryFolder());
   script.AddLibrary(host::ScriptsFolder());
   bool succeeded = true;
@@ -43,9 +46,15 @@ int Run(const host::ProgramOptions& options) {
     return host::OutputStatus(command(options));
   }
   host::FullHost host(options.host);
-  host.LoadPlugin(host::PluginFile(options));
-  const bool succeeded = RunScript(host, options);
-  return host::FinalStatus(host, succeeded ? host::kExitSuccess : host::kExitFailed);
+  host::PluginChoice plugin(host, host::PluginFile);
+  if (!options.plugin.empty()) {
+    plugin.Fix(options.plugin);
+    plugin.Load();
+  }
+  const bool succeeded = RunScript(host, &plugin, options);
+  if (succeeded && !options.host.without.empty()) plugin.Load();  // a name that hides nothing is told in any case
+  const int failed = plugin.was_misused() ? host::kExitUsage : host::kExitFailed;
+  return host::FinalStatus(host, succeeded ? host::kExitSuccess : failed);
 }
 
 }  // namespace

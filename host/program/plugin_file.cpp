@@ -14,8 +14,10 @@ std::string LibraryFolder() {
   return is_installed ? installed.lexically_normal() : program_folder;
 }
 
-std::string PluginFile(const ProgramOptions& options) {
-  return options.plugin.empty() ? fs::path(LibraryFolder()) / kPluginName : fs::absolute(options.plugin);
+std::string PluginFile(std::string_view name) {
+  const fs::path folder = LibraryFolder();
+  if (name.empty() || name == kDesigned) return folder / kPluginName;
+  return name == kTolerant ? folder / kTolerantPluginName : fs::absolute(name);
 }
 
 std::string ScriptsFolder() {

@@ -1,19 +1,20 @@
 #pragma once
 
 #include <string>
-
-#include "host/program/program_options.h"
+#include <string_view>
 
 namespace host {
 
-constexpr const char* kPluginName = "gif_plugin.so";
+// The plugins that stand beside the program: their names for users and scripts, and their files.
+constexpr std::string_view kDesigned = "designed", kTolerant = "tolerant";
+constexpr const char *kPluginName = "gif_plugin.so", *kTolerantPluginName = "gif_plugin_tolerant.so";
 
 // Where the plugin and the modules that scripts `require` lie: beside the program, else where they are installed. An
 // absolute path.
 std::string LibraryFolder();
 
-// The plugin that a command line asks for: the named one, else the one in that folder. An absolute path.
-std::string PluginFile(const ProgramOptions& options);
+// The library of a plugin: of one of these names, else of that path; empty: the designed one. An absolute path.
+std::string PluginFile(std::string_view name);
 
 // The folder of the scripts' library, from which `require "gif"` takes it.
 std::string ScriptsFolder();

@@ -23,11 +23,15 @@ Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a promp
                            files that mean something to the plugin; status 1 when a case fails
 
   -e CODE                  run this code instead of a script
-  --plugin FILE            the plugin to load (default: gif_plugin.so beside this program)
+  --plugin FILE            the plugin to load (default: what the script asks for, else the designed one)
+  --as-designed            gif_plugin.so beside this program, whatever the script asks for
+  --tolerant               gif_plugin_tolerant.so beside this program: reads on with a full code table, and saves
+                           indexes beyond the colours
   --host-version V         the version that the host says it is (default 2019.01; "none": it does not tell)
   --without NAME           hide a host function, a host class or a host's declared method from the plugin; repeatable
                            (without a function that counts references or locks they are not checked)
   --largest-block BYTES    the largest MemoryBlock that can be made
+  --c-modules              let scripts load libraries of C code (package.loadlib, package.cpath)
   --trace                  each host call and each handler call on standard error, one line each
 
   --pictures KIND          console: libgd images (default); desktop: bitmap contexts
@@ -98,6 +102,10 @@ const std::map<std::string, Setter>& OptionsWithValue() {
 bool SetSwitch(ProgramOptions& to, const std::string& option) {
   if (option == "--trace") {
     to.host.trace = true;
+  } else if (option == "--c-modules") {
+    to.c_modules = true;
+  } else if (option == "--as-designed" || option == "--tolerant") {
+    to.plugin = option == "--tolerant" ? "tolerant" : "designed";
   } else if (option == "--no-draw-picture") {
     to.host.without.emplace_back("DrawPicture");
   } else if (option == "--help" || option == "-h") {

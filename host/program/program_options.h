@@ -11,8 +11,9 @@ namespace host {
 // A command line of the program.
 struct ProgramOptions {
   HostOptions host;
-  std::string plugin;               // empty: the one beside the program
+  std::string plugin;               // a name or a path; empty: scripts may choose
   std::string script;               // file name; empty: none
+  bool c_modules = false;           // scripts may load libraries of C code
   std::optional<std::string> code;  // given on the command line instead of a script
   std::vector<std::string> arguments;
   bool help = false;

@@ -22,7 +22,7 @@ std::optional<std::string> ReadLine(const char* prompt) {
 }
 
 bool Load(lua_State* lua, const std::string& code) {
-  return luaL_loadbuffer(lua, code.data(), code.size(), "=prompt") == LUA_OK;
+  return luaL_loadbufferx(lua, code.data(), code.size(), "=prompt", "t") == LUA_OK;
 }
 
 // Whether the message on the stack says that the code is only the beginning of something.
@@ -84,7 +84,7 @@ void RunPrompt(Script& script) {
       lua_insert(lua, 2);
       succeeded = lua_pcall(lua, lua_gettop(lua) - 2, 0, 1) == LUA_OK;
     }
-    if (!succeeded) std::fprintf(stderr, "%s\n", luaL_tolstring(lua, -1, nullptr));
+    if (!succeeded) std::fprintf(stderr, "%s\n", ErrorText(lua, -1).c_str());
   }
   std::printf("\n");
   lua_settop(lua, 0);

@@ -208,7 +208,7 @@ void Report(const Case& checked, const Outcome& outcome) {
 
 int RunValidate(const ProgramOptions& options) {
   Arguments arguments = ParseArguments(options.arguments);
-  arguments.trial.plugin = PluginFile(options);
+  arguments.trial.plugin = PluginFile(options.plugin);
   const std::vector<Case> cases = Choose(Cases(options.host), arguments.only);
   if (arguments.list) {
     for (const Case& checked : cases) std::printf("%s\n", checked.name.c_str());

@@ -47,6 +47,8 @@ expect_saved_as(in_composed .. "a/" .. kComposed, in_composed .. "a/" .. kDecomp
 expect_saved_as(in_composed .. "a.gif", in_composed .. "a.gif", { kComposed, kDecomposed }, { in_composed .. "a.gif" })
 -- Names that are no text
 expect_saved_as(kOdd, kOdd, {}, { kOdd })
+expect_saved_as(kOdd, kOdd, {}, {})
+expect_saved_as("\xF0\x9F\xFF" .. kComposed, "\xF0\x9F\xFF" .. kDecomposed, {}, {})
 expect_saved_as(kOdd .. "/" .. kComposed, kOdd .. "/" .. kDecomposed, { kOdd }, {})
 -- Characters beyond 16 bits, marks out of order, a ligature that is no composition
 local kMarks, kOrdered = "s\u{307}\u{323}x\u{307}\u{323}", "s\u{323}\u{307}x\u{323}\u{307}"

@@ -2,7 +2,7 @@
 --
 --   gifhost failures_start.lua GIFHOST FAILING_PLUGIN
 
-local kCommand = [[FAIL_ALLOCATION=%d "%s" --plugin "%s" -e '
+local kCommand = [[FAIL_ALLOCATION=%d "%s" --c-modules --plugin "%s" -e '
   assert(GIFZKV())
   io.write("failed: ", tostring(package.loadlib(arg[1], "AllocationFailedByScript")()))' "%s" 2>&1]]
 

@@ -56,6 +56,15 @@ for _, line in ipairs {
 for command, status in pairs {
   ["list GIFZKV"] = 2, ["describe Nothing"] = 1, ["validate --only nothing"] = 2, ["validate --seed x"] = 2,
   ["./list"] = 1, ["-e 'assert(arg[1] == [[list]])' list"] = 0, ["--plugin /none validate"] = 1, ["-e 'print(1)' >/dev/full"] = 1,
+  -- Which plugin, until it is used
+  ["-e 'host.use([[tolerant]]) local f = FolderItem assert(host.use() == [[tolerant]])'"] = 0,
+  ["-e 'assert(not host.use()) local f = FolderItem assert(host.use([[designed]]) == [[designed]])'"] = 0,
+  ["-e 'local f = FolderItem host.use([[tolerant]])'"] = 1, 
+  ["-e 'host.use([[tolerant]]) host.use([[designed]]) local f = FolderItem assert(host.use() == [[designed]])'"] = 0,
+  ["--as-designed -e 'host.use([[tolerant]]) assert(host.use() == [[designed]])'"] = 0,
+  ["--tolerant -e 'host.use([[designed]]) assert(GIFZKV and host.use() == [[tolerant]])'"] = 0,
+  ["-e 'host.use([[/none]]) local f = FolderItem'"] = 1, ["--plugin /none -e 'x = 1'"] = 1,
+  ["--without nothing -e 'x = 1'"] = 2, ["--without nothing -e 'local f = FolderItem'"] = 2,
 } do t.expect(command, select(2, run(command)), status) end
 
 -- Mistakes and exceptions, as scripts meet them
@@ -103,3 +112,12 @@ for declaration, complaint in pairs {
   t.expect(declaration, select(3, pipe:close()), complaint == "Bag" and 0 or 70)
   assert(output:find(complaint, 1, true), output)
 end
+
+-- Where libgd cannot be loaded, pictures are made and drawn on; what needs it says so.
+local folder = t.new_path("") .. "/"
+os.execute("mkdir '" .. folder .. "' && touch '" .. folder .. "libgd.so.3'")
+local pipe = io.popen(([[LD_LIBRARY_PATH='%s' '%s' -e 'local p = Picture(3, 2) p:FillRect(0, 0, 3, 2, 5) p:PNG()' 2>&1]])
+  :format(folder, arg[1]))
+local output = pipe:read("a")
+assert(not pipe:close() and output:find("-e:1: RuntimeException: this needs libgd, which can't be loaded", 1, true), output)
+os.execute("rm -r '" .. folder .. "'")
