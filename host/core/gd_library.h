@@ -29,9 +29,9 @@ class GdFunction<Result(Arguments...)> {
 namespace gd {
 
 // clang-format off
+inline GdFunction<decltype(gdFTUseFontConfig)>              FTUseFontConfig{"gdFTUseFontConfig"};
 inline GdFunction<decltype(gdFontGetSmall)>                 FontGetSmall{"gdFontGetSmall"};
 inline GdFunction<decltype(gdFree)>                         Free{"gdFree"};
-inline GdFunction<decltype(gdFTUseFontConfig)>              FTUseFontConfig{"gdFTUseFontConfig"};
 inline GdFunction<decltype(gdImageAlphaBlending)>           ImageAlphaBlending{"gdImageAlphaBlending"};
 inline GdFunction<decltype(gdImageColorAllocateAlpha)>      ImageColorAllocateAlpha{"gdImageColorAllocateAlpha"};
 inline GdFunction<decltype(gdImageCopyResampled)>           ImageCopyResampled{"gdImageCopyResampled"};
