@@ -10,6 +10,7 @@
 #include "codec/memory.h"
 #include "codec/picture_rows.h"
 #include "platform/compiler.h"
+#include "platform/pages.h"
 
 // In sound data the strings of the codes stand in the image one after the other, across the ends of rows, and
 // a table entry repeats what is there already: the previous string and the pixel that follows it. So an entry
@@ -130,6 +131,7 @@ class ImageDecoder {
   uint64_t total_;                     // the place behind the image's last pixel
   uint64_t room_ = 0;                  // the place behind the last pixel that there is memory for
   uint8_t* memory_ = nullptr;          // the single pixels, the image, `kSpare` bytes
+  uint64_t ahead_ = 0;                 // bytes of the memory before them
   uint64_t done_ = kFirstPixel;        // the place behind the last pixel decoded
   uint64_t cleared_at_ = kFirstPixel;  // `done_` at the last clear code
   String latest_{};                    // by the previous code
@@ -157,12 +159,15 @@ ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, 
   strings_[clear_code + 1] = {};
 }
 
-// Makes or moves the memory. False, with nothing changed, when there is not so much.
+// Makes the memory, or moves it to more. False, with nothing changed, when there is not so much.
 bool ImageDecoder::MakeRoom(uint64_t room) {
-  void* memory = std::realloc(memory_, room + kSpare);
-  if (!memory) return false;
-  picture_->memory = memory;
-  memory_ = static_cast<uint8_t*>(memory);
+  const uint64_t size = room + kSpare;
+  const bool may_fill = !memory_ && room == total_;
+  const MemoryToFill got = may_fill ? AllocateToFill(size) : MemoryToFill{std::realloc(memory_, size), 0};
+  if (!got.memory) return false;
+  picture_->memory = got.memory;
+  ahead_ = got.start;
+  memory_ = static_cast<uint8_t*>(got.memory) + ahead_;
   room_ = room;
   return true;
 }
@@ -358,13 +363,12 @@ GifDecoder ImageDecoder::Exact() const {
 void ImageDecoder::KeepWholeRows() {
   const uint64_t end = done_ - Column();
   if (end == kFirstPixel) {
-    std::free(memory_);
+    std::free(picture_->memory);
     picture_->memory = nullptr;
     return;
   }
-  if (end < room_) Shrink(memory_, end);
-  picture_->memory = memory_;
-  picture_->pixels = memory_ + kFirstPixel;
+  if (end < room_) Shrink(picture_->memory, ahead_ + end);
+  picture_->pixels = static_cast<uint8_t*>(picture_->memory) + ahead_ + kFirstPixel;
   picture_->pixel_count = static_cast<int64_t>(end - kFirstPixel);
 }
 

@@ -1,0 +1,12 @@
+#pragma once
+
+// Large memory that is about to be filled from end to end, such as the pixels of an image: the system is told, so
+// that its first use does not stop at every page. Advice only; where a system takes none, it is memory as any other.
+
+#include <cstddef>
+
+struct MemoryToFill {
+  void* memory;  // as from `malloc`; null when there is none
+  size_t start;  // where the bytes asked for begin in it
+};
+MemoryToFill AllocateToFill(size_t size);

@@ -1,0 +1,5 @@
+#include <cstdlib>
+
+#include "platform/pages.h"
+
+MemoryToFill AllocateToFill(size_t size) { return {std::malloc(size), 0}; }
