@@ -1,5 +1,7 @@
 // The class "FolderItem", as scripts and the plugin see it.
 
+#include <stdexcept>
+
 #include "host/classes/host_classes.h"
 #include "host/classes/native.h"
 #include "host/host/folder_item.h"
@@ -9,7 +11,8 @@ namespace {
 
 void Construct(REALobjectStruct* self, REALstringStruct* path) {
   const String* text = Self<String>(path);
-  Self<FolderItem>(self)->set_path(text == nullptr ? std::string() : text->bytes());
+  if (text == nullptr) throw std::runtime_error("A FolderItem needs a path, not nil.");
+  Self<FolderItem>(self)->set_path(text->bytes());
 }
 
 REALstringStruct* GetPath(REALobjectStruct* self, int64_t) { return StringResult(Self<FolderItem>(self)->path()); }

@@ -23,8 +23,8 @@ Memory AllocateZeroed(size_t size) {
 }
 
 // What is still alive at the end may refer to each other and to a plugin that is gone: it stays as it is, for good.
-std::unordered_map<const void*, std::unique_ptr<Counted>>& AbandonedThings() {
-  static auto& things = *new std::unordered_map<const void*, std::unique_ptr<Counted>>;
+std::vector<Counted*>& AbandonedThings() {
+  static auto& things = *new std::vector<Counted*>;
   return things;
 }
 
@@ -42,7 +42,7 @@ std::string Heap::Dead::Describe() const { return Text(kind, " ", *type_name, "#
 
 Heap::~Heap() {
   while (!graves_.empty()) Exhume();
-  AbandonedThings().merge(live_);
+  live_.ForEach([](Counted& thing) { AbandonedThings().push_back(&thing); });
 }
 
 void Heap::Admit(std::unique_ptr<Counted> thing) {
@@ -50,19 +50,15 @@ void Heap::Admit(std::unique_ptr<Counted> thing) {
   thing->serial_ = next_serial_++;
   thing->made_by_ = CurrentActivity();
   Touch(*thing);
-  const void* handle = thing->handle();
-  live_.emplace(handle, std::move(thing));
+  live_.Add(thing->handle(), thing.get());
+  thing.release();  // NOLINT(*unused-return-value): the table has it
 }
 
-const Counted* Heap::Peek(const void* handle) const {
-  const auto found = live_.find(handle);
-  return found == live_.end() ? nullptr : found->second.get();
-}
+const Counted* Heap::Peek(const void* handle) const { return live_.Find(handle); }
 
 Counted* Heap::FindLive(const void* handle) {
   if (handle == nullptr) return nullptr;
-  const auto found = live_.find(handle);
-  if (found != live_.end()) return found->second.get();
+  if (Counted* found = live_.Find(handle)) return found;
   for (const Dead& dead : graves_) {
     if (dead.memory.get() != handle) continue;
     Fault(Text(dead.Describe(), " is dead; the last operation on it: ", dead.last_operation.Describe()));
@@ -100,10 +96,8 @@ void Heap::DestroyUnreferenced(Counted& thing) {
   if (thing.host_references_ + thing.plugin_references_ > 0 || thing.dying_ || keeps_everything_) return;
   thing.dying_ = true;
   thing.BeforeDeath();
-  const auto found = live_.find(thing.handle());
-  std::unique_ptr<Counted> owned = std::move(found->second);
-  live_.erase(found);
-  Bury(std::move(owned));
+  live_.Remove(thing.handle());
+  Bury(std::unique_ptr<Counted>(&thing));
 }
 
 void Heap::Bury(std::unique_ptr<Counted> thing) {
@@ -127,16 +121,16 @@ void Heap::Exhume() {
 
 std::vector<Heap::LiveCount> Heap::Live() const {
   std::map<std::pair<std::string, std::string>, LiveCount> counts;
-  for (const auto& [handle, thing] : live_) {
-    LiveCount& count = counts[{thing->kind(), thing->type_name()}];
+  live_.ForEach([&](const Counted& thing) {
+    LiveCount& count = counts[{thing.kind(), thing.type_name()}];
     if (count.count++ == 0) {
-      count.kind = thing->kind();
-      count.type_name = thing->type_name();
-      count.example = Text(thing->Describe(), ": made by ", thing->made_by_.Describe(), ", last operation ",
-                           thing->last_operation_.Describe());
+      count.kind = thing.kind();
+      count.type_name = thing.type_name();
+      count.example = Text(thing.Describe(), ": made by ", thing.made_by_.Describe(), ", last operation ",
+                           thing.last_operation_.Describe());
     }
-    count.plugin_references += thing->plugin_references_;
-  }
+    count.plugin_references += thing.plugin_references_;
+  });
   std::vector<LiveCount> sorted;
   sorted.reserve(counts.size());
   for (auto& [key, count] : counts) sorted.push_back(std::move(count));

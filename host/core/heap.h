@@ -11,11 +11,11 @@
 #include <deque>
 #include <memory>
 #include <string>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "host/core/activity.h"
+#include "host/core/handle_table.h"
 
 namespace host {
 
@@ -163,8 +163,8 @@ class Heap {
   void Exhume();  // lets the longest dead go for good
   [[noreturn]] static void WrongKind(const Counted& thing, const char* wanted);
 
-  std::unordered_map<const void*, std::unique_ptr<Counted>> live_;
-  std::deque<Dead> graves_;  // in the order of their death
+  HandleTable<Counted> live_;  // owns them
+  std::deque<Dead> graves_;    // in the order of their death
   size_t buried_bytes_ = 0;
   uint64_t next_serial_ = 1;
   bool keeps_everything_ = false;

@@ -1,7 +1,9 @@
 #include "host/lua/lua_error.h"
 
 #include <string>
+#include <vector>
 
+#include "host/core/names.h"
 #include "host/core/text.h"
 #include "host/host/errors.h"
 #include "host/host/value.h"
@@ -91,9 +93,33 @@ std::string ErrorText(lua_State* lua, int index) {
   return message;
 }
 
+namespace {
+
+// Lua's message about a value that is nil names the global: "; did you mean ...?", or nothing.
+std::string Suggestion(lua_State* lua, const std::string& message) {
+  constexpr std::string_view kBefore = "a nil value (global '";
+  const size_t at = message.find(kBefore);
+  if (at == std::string::npos) return "";
+  const size_t begin = at + kBefore.size();
+  const std::string wanted = message.substr(begin, message.find('\'', begin) - begin);
+  std::vector<std::string> known;
+  for (const auto& [name, known_class] : HostOf(lua).classes()) known.push_back(known_class->name);
+  for (const auto& [name, group] : HostOf(lua).globals().all()) known.push_back(group.name);
+  lua_pushglobaltable(lua);
+  for (lua_pushnil(lua); lua_next(lua, -2) != 0; lua_pop(lua, 1)) {
+    if (lua_type(lua, -2) == LUA_TSTRING) known.emplace_back(lua_tostring(lua, -2));
+  }
+  lua_pop(lua, 1);
+  const std::string nearest = NearestName(wanted, known);
+  return nearest.empty() ? "" : Text("; did you mean \"", nearest, "\"?");
+}
+
+}  // namespace
+
 int AddTraceback(lua_State* lua) {
   lua_settop(lua, 1);
-  luaL_traceback(lua, lua, ErrorText(lua, 1).c_str(), 1);
+  const std::string message = ErrorText(lua, 1);
+  luaL_traceback(lua, lua, (message + Suggestion(lua, message)).c_str(), 1);
   return 1;
 }
 

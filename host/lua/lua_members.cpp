@@ -36,7 +36,9 @@ const MemberGroup& RequireKey(lua_State* lua, const Ref<Object>& object) {
   if (lua_isinteger(lua, 2) != 0 && dynamic_cast<MemoryBlock*>(object.get()) != nullptr) {
     return RequireMember(object->object_class(), "Byte");
   }
-  throw UsageError(Text(object->type_name(), " can't be indexed with ", KeyText(lua, 2)));
+  const bool counted = lua_isinteger(lua, 2) != 0 && object->object_class().Find("Count") != nullptr;
+  throw UsageError(Text(object->type_name(), " can't be indexed with ", KeyText(lua, 2),
+                        counted ? "; pairs() goes through what it counts" : ""));
 }
 
 int Index(lua_State* lua) {

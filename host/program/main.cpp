@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
@@ -43,6 +44,10 @@ bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::Program
 
 int Run(const host::ProgramOptions& options) {
   if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
+    if (std::find(options.arguments.begin(), options.arguments.end(), "--help") != options.arguments.end()) {
+      std::fputs(host::kHelpText, stdout);
+      return host::OutputStatus(host::kExitSuccess);
+    }
     return host::OutputStatus(command(options));
   }
   host::FullHost host(options.host);

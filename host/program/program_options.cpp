@@ -18,11 +18,12 @@ Loads a plugin and runs a Lua 5.4 script that uses it. Without a script: a promp
   describe [--json] [CLASS]
                            the members of all of them, or of one class
   annotations              the classes as a Lua annotation file, for editors
-  validate [--only NAME]... [--seed N] [--sample FILE]... [--list]
+  validate [--only NAME]... [--seed N] [--sample FILE]... [--failed] [--json] [--list]
                            the suite that a plugin must pass, each case in a process of its own; samples are
-                           files that mean something to the plugin; status 1 when a case fails
+                           files that mean something to the plugin; status 1 when a case fails; --failed tells of
+                           those alone, --json of all for programs
 
-  -e CODE                  run this code instead of a script
+  -e CODE                  run this code instead of a script; several go together, a line each
   --plugin FILE            the plugin to load (default: what the script asks for, else the designed one)
   --as-designed            gif_plugin.so beside this program, whatever the script asks for
   --tolerant               gif_plugin_tolerant.so beside this program: reads on with a full code table, and saves
@@ -65,7 +66,7 @@ using Setter = std::function<void(ProgramOptions&, const std::string& option, co
 
 const std::map<std::string, Setter>& OptionsWithValue() {
   static const std::map<std::string, Setter> options = {
-      {"-e", [](auto& to, auto&, auto& value) { to.code = value; }},
+      {"-e", [](auto& to, auto&, auto& value) { to.code = to.code ? *to.code + "\n" + value : value; }},
       {"--plugin", [](auto& to, auto&, auto& value) { to.plugin = value; }},
       {"--host-version",
        [](auto& to, auto& option, auto& value) {

@@ -4,10 +4,16 @@
 #include <readline/readline.h>
 
 #include <cstdio>
+#include <cstring>
 #include <memory>
 #include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
 
 #include "host/core/heap.h"
+#include "host/core/text.h"
+#include "host/host/dispatch.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_object.h"
 
@@ -20,6 +26,67 @@ std::optional<std::string> ReadLine(const char* prompt) {
   if (*line != '\0') add_history(line.get());
   return std::string(line.get());
 }
+
+// --- TAB -----------------------------------------------------------------------------------------------------------
+
+constexpr char kWordBreaks[] = " \t\n\"'=<>(){}[]+-*/%,;#~^|&";
+lua_State* completed_state = nullptr;  // readline hands nothing on
+std::vector<std::string> candidates;
+size_t next_candidate = 0;
+
+void AddKeys(lua_State* lua, const std::string& before) {
+  for (lua_pushnil(lua); lua_next(lua, -2) != 0; lua_pop(lua, 1)) {
+    if (lua_type(lua, -2) == LUA_TSTRING) candidates.push_back(before + lua_tostring(lua, -2));
+  }
+}
+
+// What "name." or "name:" may go on with: the members of an object, the keys of a table. Leaves the stack as it is,
+// and runs no code of the script's.
+void AddMembersOf(lua_State* lua, const std::string& name, const std::string& before) {
+  lua_pushglobaltable(lua);
+  lua_pushlstring(lua, name.data(), name.size());
+  lua_rawget(lua, -2);
+  if (IsObject(lua, -1)) {
+    const Ref<Object> object = ToObject(lua, -1);
+    for (const std::string& member : object->object_class().MemberNames()) candidates.push_back(before + member);
+  } else if (lua_istable(lua, -1)) {
+    AddKeys(lua, before);
+  }
+  lua_pop(lua, 2);
+}
+
+char* NextMatch(const char* text, int state) {
+  if (state == 0) next_candidate = 0;
+  while (next_candidate < candidates.size()) {
+    const std::string& candidate = candidates[next_candidate++];
+    const std::string_view begin = std::string_view(candidate).substr(0, std::strlen(text));
+    if (SameName(begin, text)) return strdup(candidate.c_str());
+  }
+  return nullptr;
+}
+
+char** Complete(const char* text, int start, int /*end*/) {
+  candidates.clear();
+  lua_State* lua = completed_state;
+  const bool in_string = start > 0 && (rl_line_buffer[start - 1] == '"' || rl_line_buffer[start - 1] == '\'');
+  if (in_string) return nullptr;  // readline completes file names
+  rl_attempted_completion_over = 1;
+  rl_completion_append_character = '\0';
+  const std::string word(text);
+  const size_t dot = word.find_first_of(".:");
+  if (dot != std::string::npos) {
+    AddMembersOf(lua, word.substr(0, dot), word.substr(0, dot + 1));
+  } else {
+    lua_pushglobaltable(lua);
+    AddKeys(lua, "");
+    lua_pop(lua, 1);
+    for (const auto& [key, known] : HostOf(lua).classes()) candidates.push_back(known->name);
+    for (const auto& [key, group] : HostOf(lua).globals().all()) candidates.push_back(group.name);
+  }
+  return rl_completion_matches(text, NextMatch);
+}
+
+// --- Lines ---------------------------------------------------------------------------------------------------------
 
 bool Load(lua_State* lua, const std::string& code) {
   return luaL_loadbufferx(lua, code.data(), code.size(), "=prompt", "t") == LUA_OK;
@@ -42,8 +109,25 @@ bool LoadStatement(lua_State* lua, std::string code) {
   return true;
 }
 
+// "GIFZKV#3: Count 34, Header "GIF89a"": what an object says in numbers and texts.
+std::string Facts(Host& host, const Ref<Object>& object) {
+  std::string facts;
+  for (const auto& [key, group] : object->object_class().members.all()) {
+    if (!group.property || group.property->getter == nullptr || group.property->type.kind == Type::Kind::kObject)
+      continue;
+    try {
+      const Value value = GetProperty(host, object, *group.property);
+      const Ref<String> text = ValueAs<String>(value);
+      facts += Text(facts.empty() ? ": " : ", ", group.name, " ", text ? Quote(text->bytes()) : Show(value));
+    } catch (const RaisedException&) {
+      // It has none.
+    }
+  }
+  return object->Describe() + facts;
+}
+
 std::string Describe(lua_State* lua, int index) {
-  if (const Ref<Object> object = ToObject(lua, index)) return object->Describe();
+  if (const Ref<Object> object = ToObject(lua, index)) return Facts(HostOf(lua), object);
   std::string text = luaL_tolstring(lua, index, nullptr);
   lua_pop(lua, 1);
   return text;
@@ -74,6 +158,9 @@ int PrintResults(lua_State* lua) {
 
 void RunPrompt(Script& script) {
   lua_State* lua = script.lua();
+  completed_state = lua;
+  rl_attempted_completion_function = Complete;
+  rl_basic_word_break_characters = const_cast<char*>(kWordBreaks);
   std::printf("Ctrl-D ends the session; host.classes() tells what there is.\n");
   while (const std::optional<std::string> line = ReadLine("> ")) {
     lua_settop(lua, 0);

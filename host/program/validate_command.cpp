@@ -15,11 +15,13 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <memory>
 #include <stdexcept>
 
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
+#include "host/core/json.h"
 #include "host/core/text.h"
 #include "host/host/final_status.h"
 #include "host/program/commands.h"
@@ -35,6 +37,8 @@ constexpr rlim_t kLargestFile = 64 << 20;  // bytes that a case may write
 struct Arguments {
   std::vector<std::string> only;  // names, or what stands before their dot; empty: all
   bool list = false;
+  bool failed = false;  // tells of cases that fail alone
+  bool json = false;
   Trial trial;
 };
 
@@ -55,8 +59,8 @@ Arguments ParseArguments(const std::vector<std::string>& given) {
   Arguments parsed;
   for (size_t i = 0; i < given.size(); ++i) {
     const std::string& option = given[i];
-    if (option == "--list") {
-      parsed.list = true;
+    if (option == "--list" || option == "--failed" || option == "--json") {
+      (option == "--list" ? parsed.list : option == "--json" ? parsed.json : parsed.failed) = true;
       continue;
     }
     if (option != "--only" && option != "--seed" && option != "--sample") {
@@ -197,12 +201,52 @@ void PrintOutput(std::string output) {
   }
 }
 
-// A trace is shown in any case.
-void Report(const Case& checked, const Outcome& outcome) {
-  const bool passed = outcome.failure.empty();
-  std::printf(passed ? "ok    %s\n" : "FAIL  %s: %s\n", checked.name.c_str(), outcome.failure.c_str());
-  if (!passed || checked.options.trace) PrintOutput(outcome.output);
-}
+// Tells of cases as they end: for people, where a case that fails as another one did names that one, or for programs.
+class Reporter {
+ public:
+  explicit Reporter(const Arguments& arguments) : arguments_(arguments) {}
+
+  void Tell(const Case& checked, const Outcome& outcome) {
+    const bool passed = outcome.failure.empty();
+    ++told_;
+    if (!passed) ++failed_;
+    if (passed && arguments_.failed) return;
+    if (arguments_.json) {
+      lines_.push_back(JsonObject({{"case", JsonString(checked.name)},
+                                   {"passed", JsonBoolean(passed)},
+                                   {"failure", passed ? "null" : JsonString(outcome.failure)},
+                                   {"output", JsonString(outcome.output)}}));
+      return;
+    }
+    if (passed) {
+      std::printf("ok    %s\n", checked.name.c_str());
+      if (checked.options.trace) PrintOutput(outcome.output);
+      return;
+    }
+    const auto [first, is_new] = first_with_.try_emplace({outcome.failure, outcome.output}, checked.name);
+    std::printf("FAIL  %s: %s%s%s\n", checked.name.c_str(), outcome.failure.c_str(), is_new ? "" : ", as ",
+                is_new ? "" : first->second.c_str());
+    if (is_new) PrintOutput(outcome.output);
+  }
+
+  // Gives the exit status.
+  int End() const {
+    if (arguments_.json) {
+      std::printf("%s\n", JsonArray(lines_).c_str());
+    } else {
+      std::printf("%d %s, %d failed; seed %llu\n", told_, told_ == 1 ? "case" : "cases", failed_,
+                  static_cast<unsigned long long>(arguments_.trial.seed));
+    }
+    return failed_ == 0 ? kExitSuccess : kExitFailed;
+  }
+
+ private:
+  const Arguments& arguments_;
+  int told_ = 0;
+  int failed_ = 0;
+  std::map<std::pair<std::string, std::string>, std::string> first_with_;  // failure and output: the first case
+  std::vector<std::string> lines_;
+};
 
 }  // namespace
 
@@ -218,15 +262,9 @@ int RunValidate(const ProgramOptions& options) {
     throw std::runtime_error(Text("there is no plugin ", arguments.trial.plugin));
   }
   const WorkFolder folder;
-  int failed = 0;
-  for (const Case& checked : cases) {
-    const Outcome outcome = RunInChild(checked, arguments.trial);
-    Report(checked, outcome);
-    if (!outcome.failure.empty()) ++failed;
-  }
-  std::printf("%zu cases, %d failed; seed %llu\n", cases.size(), failed,
-              static_cast<unsigned long long>(arguments.trial.seed));
-  return failed == 0 ? kExitSuccess : kExitFailed;
+  Reporter reporter(arguments);
+  for (const Case& checked : cases) reporter.Tell(checked, RunInChild(checked, arguments.trial));
+  return reporter.End();
 }
 
 }  // namespace host

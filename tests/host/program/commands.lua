@@ -113,6 +113,23 @@ for declaration, complaint in pairs {
   assert(output:find(complaint, 1, true), output)
 end
 
+-- What people type: the command, its status, what is said
+for _, row in ipairs {
+  { "-e 'local x = 1' -e 'print(2)'", 0, "2\n" },
+  { "list --help", 0, "Usage: gifhost" },
+  { "-e 'GFIZKV()'", 1, "(global 'GFIZKV'); did you mean \"GIFZKV\"?" },
+  { "-e 'xpairs(1)'", 1, "did you mean \"pairs\"?" },
+  { "-e 'for _ in ipairs(GIFZKV()) do end'", 1, "-e:1: GIFZKV can't be indexed with 1; pairs() goes through" },
+  { "-e 'FolderItem(nil)'", 1, "-e:1: RuntimeException: A FolderItem needs a path, not nil." },
+  { "validate --only nil", 0, "1 case, 0 failed" },
+  { "validate --only nil --json", 0, '[{"case":"nil","passed":true,"failure":null,"output":""}]' },
+  { ("--plugin '%s' validate --failed --only properties --only nil"):format(arg[2]), 1, "FAIL  nil: left" },
+} do
+  local output, status = run(row[1])
+  t.expect(row[1] .. ": " .. output, status, row[2])
+  assert(output:find(row[3], 1, true) and not (row[1]:find("failed") and output:find("ok ")), row[1] .. ": " .. output)
+end
+
 -- Where libgd cannot be loaded, pictures are made and drawn on; what needs it says so.
 local folder = t.new_path("") .. "/"
 os.execute("mkdir '" .. folder .. "' && touch '" .. folder .. "libgd.so.3'")
