@@ -1,4 +1,5 @@
--- Checks GIF files: opens each, walks every part of it, renders all images, saves it and its clone, and reads both back.
+-- Checks GIF files: opens each, walks every part of it, renders all images, saves it and its clone, reads both back, and
+-- looks for damage in its bytes.
 --
 --   gifhost examples/check.lua [OPTION...] [PATH...]
 --
@@ -7,7 +8,7 @@
 
 local blocks, command, comparing = require "gif.blocks", require "gif.command", require "gif.comparing"
 local composing, files, json = require "gif.composing", require "gif.files", require "gif.json"
-local many, text = require "gif.many", require "gif.text"
+local many, scanning, text = require "gif.many", require "gif.scanning", require "gif.text"
 
 -- --- One file -----------------------------------------------------------------------------------------
 
@@ -42,16 +43,21 @@ local function walk(gif, all)
   return texts, pixels, unfit
 end
 
+-- Gives how many images differ that saving can't keep.
 local function require_same(gif, what, texts, pixels, unfit)
   local other_texts, other_pixels = walk(gif, blocks.read(gif))
   if #other_texts ~= #texts then
     command.fail(("%s holds %s in place of %d"):format(what, text.count(#other_texts, "block"), #texts))
   end
+  local not_kept = 0
   for i = 0, #texts do
-    if other_texts[i] ~= texts[i] or other_pixels[i] ~= pixels[i] and not unfit[i] then
+    local same_pixels = other_pixels[i] == pixels[i]
+    if other_texts[i] ~= texts[i] or not same_pixels and not unfit[i] then
       command.fail(("%s differs in %s"):format(what, i == 0 and "its screen" or "block " .. i - 1))
     end
+    if not same_pixels then not_kept = not_kept + 1 end
   end
+  return not_kept
 end
 
 -- Saves a document into the file and opens it from there.
@@ -72,8 +78,23 @@ local function render(all)
   return not_shown
 end
 
-local function check_file(path)
-  local gif, why = files.open_gif(path)
+-- What is to be said of a file; fails when something of it is lost, or odd and that counts.
+local function judged(path, says, not_kept, strict)
+  local scan, why = scanning.of(path)
+  if not scan then command.fail(why) end
+  local groups, sentences = scanning.groups(scan), { says }
+  for i, group in ipairs(groups) do sentences[i + 1] = group.text end
+  local all = text.list(sentences, "; ")
+  if groups[1] and groups[1].damage then command.fail(path .. ": damaged: " .. all) end
+  if not_kept > 0 then command.fail(path .. ": not kept: " .. all) end
+  if groups[1] and strict then command.fail(path .. ": odd: " .. all) end
+  return all
+end
+
+local function check_file(path, strict)
+  local settled, unknown = files.settled(path) -- it is read twice
+  if not settled then command.fail(unknown) end
+  local gif, why = files.open_gif(settled)
   if not gif then command.fail(why) end
   local all = blocks.read(gif)
   local texts, pixels, unfit = walk(gif, all)
@@ -81,15 +102,15 @@ local function check_file(path)
 
   local scratch <const> = OutputFile()
   local copy = scratch.Path
-  require_same(saved(gif, copy, "the document"), "the saved document", texts, pixels, unfit)
+  local not_kept = require_same(saved(gif, copy, "the document"), "the saved document", texts, pixels, unfit)
   require_same(saved(gif:Clone(), copy, "the clone"), "the saved clone", texts, pixels, unfit)
 
-  local sums, not_kept = blocks.sums(all), 0
-  for _ in pairs(unfit) do not_kept = not_kept + 1 end
-  return text.list {
+  local sums = blocks.sums(all)
+  return judged(settled, text.list {
     text.count(sums.images, "image"), text.count(sums.extensions, "extension"), text.count(sums.pixels, "pixel"),
     not_shown > 0 and text.count(not_shown, "image") .. " without pixels or colours" or "",
-    not_kept > 0 and text.count(not_kept, "image") .. " with pixels beyond the colours, which saving can't keep" or "" }
+    not_kept > 0 and text.count(not_kept, "image") .. " with pixels beyond the colours, which saving can't keep" or "" },
+    not_kept, strict)
 end
 
 -- --- Many files, in several processes -----------------------------------------------------------------------------------
@@ -106,15 +127,17 @@ local options, paths = command.parse {
   about = "Opens, walks, renders and saves GIF files, and reads back what was saved. A PATH is a file or a folder.",
   operands = "PATH...",
   operands_with = { ["files-from"] = "[PATH...]" },
-  options = { { "--json", "one line of JSON for each file" }, table.unpack(many.options) },
+  plugin = "designed",
+  options = { { "--json", "one line of JSON for each file" },
+    { "--strict", "take what is odd for damage, too" }, table.unpack(many.options) },
 }
 if #paths == 1 and not many.is_asked_for(options, paths) then
-  print(check_file(paths[1]))
+  print(check_file(paths[1], options.strict))
 else
   local count, failed = many.run {
     options = options, paths = paths, show = not options.json and show or nil,
     work = function(path)
-      local says, why = command.attempt(check_file, path)
+      local says, why = command.attempt(check_file, path, options.strict)
       return says and { says = says }, why
     end }
   if not options.json then print(("%s, %d failed"):format(text.count(count, "file"), failed)) end

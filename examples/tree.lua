@@ -6,7 +6,8 @@
 -- as far as they can be read.
 
 local blocks, command, extensions = require "gif.blocks", require "gif.command", require "gif.extensions"
-local files, json, many, text = require "gif.files", require "gif.json", require "gif.many", require "gif.text"
+local files, json, many = require "gif.files", require "gif.json", require "gif.many"
+local scanning, text = require "gif.scanning", require "gif.text"
 local count, list = text.count, text.list
 
 -- --- For people ------------------------------------------------------------------------------------------------------
@@ -36,36 +37,51 @@ local function describe_screen(screen)
     aspect > 0 and ("pixel aspect %.2f"):format((aspect + 15) / 64) or "" }
 end
 
-local function print_line(index, name, description)
-  print(("  %5s  %-16s %s"):format(index, name, description))
+-- A piece of the file stands before its line: its offset and length.
+local function print_line(index, name, description, piece)
+  local place = piece and ("%10s %9s"):format(text.grouped(piece.offset), text.grouped(piece.length)) or ""
+  print(("%s  %5s  %-16s %s"):format(place, index, name, description))
 end
 
-local function print_block(block, with_hex)
+-- What an image's data consist of.
+local function describe_data(image)
+  return list {
+    image.code_size and "code size " .. image.code_size or "", count(image.compressed_bytes, "byte"),
+    count(image.codes, "code"), count(image.clear_codes, "clear code"), count(image.pixels, "pixel") }
+end
+
+local function print_block(block, with_hex, piece)
   if block.image then
-    print_line(block.index, "image", describe_image(block.image))
+    print_line(block.index, "image", describe_image(block.image), piece)
+    if piece then print_line("", "  data", describe_data(piece.image), piece.image.data or { offset = 0, length = 0 }) end
   elseif block.extension then
-    print_line(block.index, extensions.name(block.extension), extensions.describe(block.extension))
+    print_line(block.index, extensions.name(block.extension), extensions.describe(block.extension), piece)
     if with_hex then print((text.hex(extensions.payload(block.extension)):gsub("[^\n]+", "           %0"))) end
   else
-    print_line(block.index, "nothing", ("introducer 0x%02X"):format(block.introducer))
+    print_line(block.index, "nothing", ("introducer 0x%02X"):format(block.introducer), piece)
   end
 end
 
-local function print_tree(path, gif, with_hex)
+-- With a scan of the file: offsets and sizes, and what is damaged or odd.
+local function print_tree(path, gif, with_hex, scan)
+  local nothing = scan and { offset = 0, length = 0 }
   print(text.shown(path))
-  print_line("", "version", gif.Header)
-  print_line("", "logical screen", describe_screen(gif.Screen))
-  print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none")
+  print_line("", "version", gif.Header, scan and { offset = 0, length = math.min(6, scan.size) })
+  print_line("", "logical screen", describe_screen(gif.Screen), scan and scan.screen or nothing)
+  print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none", scan and scan.table or nothing)
 
   local all = blocks.read(gif)
-  for _, block in ipairs(all) do print_block(block, with_hex) end
+  for i, block in ipairs(all) do print_block(block, with_hex, scan and scan.blocks[i]) end
   local sums = blocks.sums(all)
   print_line("", "sum", list {
     count(sums.images, "image"),
     count(sums.extensions, "extension"),
     count(sums.pixels, "pixel"),
     sums.delay_cs > 0 and text.seconds(sums.delay_cs) or "",
-    sums.loops and extensions.loops_text(sums.loops) or "" })
+    sums.loops and extensions.loops_text(sums.loops) or "" }, scan and { offset = 0, length = scan.size })
+  for _, group in ipairs(scan and scanning.groups(scan) or {}) do
+    print_line("", group.damage and "damage" or "odd", group.text)
+  end
 end
 
 -- --- For programs ----------------------------------------------------------------------------------------------------
@@ -81,10 +97,15 @@ end
 local function checksum(bytes) return ("%08x"):format(host.crc32(bytes)) end
 
 -- Of a graphic control, an image's pixels or an extension's bytes: what tells copies from each other.
-local function block_values(block, with_hex)
+local function block_values(block, with_hex, piece)
   local image, extension = block.image, block.extension
   local values = { index = block.index, type = image and "image" or extension and extensions.name(extension) or "nothing" }
+  values.offset, values.length = piece.offset, piece.length
   if image then
+    local data = piece.image
+    values.data = {
+      code_size = data.code_size, sub_blocks = data.sub_blocks, bytes = data.compressed_bytes, codes = data.codes,
+      clear_codes = data.clear_codes, pixels = data.pixels }
     values.left, values.top, values.width, values.height = image.Left, image.Top, image.Width, image.Height
     values.interlaced, values.table = image.Interlace, table_values(image)
     values.crc32 = checksum(tostring(image.Data or ""))
@@ -100,10 +121,11 @@ local function block_values(block, with_hex)
   return values
 end
 
-local function json_values(gif, bytes, with_hex)
+local function json_values(gif, bytes, with_hex, scan)
   local all, screen, values = blocks.read(gif), gif.Screen, {}
-  for i, block in ipairs(all) do values[i] = block_values(block, with_hex) end
+  for i, block in ipairs(all) do values[i] = block_values(block, with_hex, scan.blocks[i]) end
   return {
+    findings = json.list(scan.findings), trailer = scan.trailer,
     version = gif.Header, bytes = bytes, blocks = json.list(values), sum = blocks.sums(all),
     screen = {
       width = screen.Width, height = screen.Height, color_resolution = screen.ColorResolution,
@@ -153,9 +175,11 @@ local options, paths = command.parse {
   about = "Prints the tree of each GIF file: the screen, every block by its index, and the sums.",
   operands = "PATH...",
   operands_with = { ["files-from"] = "[PATH...]" },
+  plugin = "designed",
   options = {
     { "--json", "one line of JSON for each file; delays in hundredths of a second (\"_cs\")" },
     { "--hex", "the bytes of extensions too" },
+    { "--offsets", "where each block stands and how long it is, what images' data consist of, what is damaged or odd" },
     { "--where CONDITION", "only the names of files for which it holds; with --json their lines", condition_kind },
     table.unpack(many.options) },
   more = [[
@@ -169,30 +193,34 @@ if options.json and many.is_asked_for(options, paths) then
   local _, failed = many.run {
     options = options, paths = paths,
     work = function(path)
-      local gif, bytes = files.open_gif(path)
+      local settled, unknown = files.settled(path)
+      if not settled then return nil, unknown end
+      local gif, bytes = files.open_gif(settled)
       if not gif then return nil, bytes end
       if where and not where(facts(path, gif, bytes)) then return { left_out = true } end
-      return json_values(gif, bytes, with_hex)
+      return json_values(gif, bytes, with_hex, scanning.of(settled))
     end }
   os.exit(failed == 0, true)
 end
 
 local status, printed = 0, false
 many.each(paths, options["files-from"], function(path)
-  local gif, bytes = files.open_gif(path)
+  local settled, unknown = files.settled(path)
+  local gif, bytes
+  if settled then gif, bytes = files.open_gif(settled) end
   if not gif then
-    command.complain(bytes)
+    command.complain(unknown or bytes)
     status = 1
   elseif where and not where(facts(path, gif, bytes)) then
     return
   elseif options.json then
-    print(json.line(path, json_values(gif, bytes, with_hex)))
+    print(json.line(path, json_values(gif, bytes, with_hex, scanning.of(settled))))
   elseif where then
     print(text.shown(path))
   else
     if printed then print() end
     printed = true
-    print_tree(path, gif, with_hex)
+    print_tree(path, gif, with_hex, options.offsets and scanning.of(settled))
   end
 end)
 os.exit(status, true)

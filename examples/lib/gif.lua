@@ -1,5 +1,8 @@
 -- GIF files as lists of frames among other blocks: `local gif = require "gif"`. docs/library.md tells all of it.
 
+-- Whoever edits a GIF wants the picture that everyone sees, and a file that everyone reads.
+if not host.use() then host.use "tolerant" end
+
 local composing, document = require "gif.composing", require "gif.document"
 local drawing, joining = require "gif.drawing", require "gif.joining"
 local optimising, payloads, turning = require "gif.optimising", require "gif.payloads", require "gif.turning"

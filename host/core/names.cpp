@@ -40,7 +40,8 @@ std::string NearestName(std::string_view wanted, const std::vector<std::string>&
   size_t least = wanted.size() / 2 + 2;  // further away is another word, not a slip
   for (const std::string& candidate : candidates) {
     const size_t distance = EditDistance(wanted, candidate);
-    if (distance >= least) continue;
+    const bool comes_first = distance == least && !nearest.empty() && candidate < nearest;
+    if (distance >= least && !comes_first) continue;
     least = distance;
     nearest = candidate;
   }

@@ -99,7 +99,9 @@ namespace {
 std::string Suggestion(lua_State* lua, const std::string& message) {
   constexpr std::string_view kBefore = "a nil value (global '";
   const size_t at = message.find(kBefore);
-  if (at == std::string::npos) return "";
+  const bool made_already =
+      message.find("; did you mean") != std::string::npos;  // the error went through here before
+  if (at == std::string::npos || made_already) return "";
   const size_t begin = at + kBefore.size();
   const std::string wanted = message.substr(begin, message.find('\'', begin) - begin);
   std::vector<std::string> known;

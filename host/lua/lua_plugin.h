@@ -2,7 +2,7 @@
 
 #include <lua.hpp>
 
-#include "host/host/plugin_choice.h"
+#include "host/lua/plugin_choice.h"
 
 namespace host {
 

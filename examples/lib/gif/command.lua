@@ -6,6 +6,12 @@ local command = {}
 
 local kFailed, kWrongUsage = 1, 2
 
+-- What there is beside the plugin that a script uses by itself.
+local kPlugins = {
+  ["tolerant"] = "see files as browsers do: codes go on with a full table, and indexes beyond the colours are kept",
+  ["as-designed"] = "see files as other hosts do: a row ends where a full code table is used without clearing it",
+}
+
 -- Says what went wrong and goes on.
 function command.complain(message)
   progress.clear()
@@ -120,11 +126,14 @@ end
 
 -- wanted: about, what the script does; operands, their names ("IN.gif OUT.png", "FILE...", "[FILE...] OUT"); options,
 -- rows of a name, what it does and the kind of its value ("--json", or "--jobs N" with command.whole(1)); more, what
--- the help says after them; operands_with, other operands for when that option is given.
+-- the help says after them; operands_with, other operands for when that option is given; plugin, "designed" for scripts
+-- that tell what other hosts get (with --tolerant what browsers show; for other scripts it is the other way round).
 -- Gives the options by name and the list of operands, or ends the program: with the help, or saying what is wrong.
 function command.parse(wanted)
   local options, operands, place = {}, {}, 1
-  wanted.options = wanted.options or {}
+  local other = wanted.plugin == "designed" and "tolerant" or "as-designed"
+  wanted.options = table.move(wanted.options or {}, 1, #(wanted.options or {}), 1, {})
+  table.insert(wanted.options, { "--" .. other, kPlugins[other] })
   while place <= #arg do
     local argument = arg[place]
     if argument == "--help" or argument == "-h" then
@@ -145,6 +154,8 @@ function command.parse(wanted)
   end
   check_count(wanted, #operands)
   check_output(wanted, operands)
+  host.use((options[other] ~= nil) == (other == "tolerant") and "tolerant" or "designed")
+  options[other] = nil
   return options, operands
 end
 

@@ -2,7 +2,8 @@
 
 local comparing = {}
 
--- Whether saving can keep these pixels: their codes are as wide as the colour table is deep.
+-- Whether any plugin keeps these pixels when it saves: their codes are as wide as the colour table is deep, unless the
+-- plugin is tolerant.
 function comparing.fit(pixels, owner_of_table)
   local depth = math.max(2, owner_of_table.PaletteDepth)
   return depth >= 8 or not pixels:find(("[%c-\255]"):format(1 << depth))
@@ -21,18 +22,21 @@ local function bytes_of(extension)
   return table.concat(parts)
 end
 
+-- Gives false for the same, else how one differs from the other.
 local function differs(made, written, screen)
   if (made.Picture == nil) ~= (written.Picture == nil) or (made.Extension == nil) ~= (written.Extension == nil) then
-    return true
+    return "differs"
   end
   if made.Extension then
-    return made.Extension.Marker & 255 ~= written.Extension.Marker or bytes_of(made.Extension) ~= bytes_of(written.Extension)
+    local same = made.Extension.Marker & 255 == written.Extension.Marker and bytes_of(made.Extension) == bytes_of(written.Extension)
+    return not same and "differs"
   end
   local image = made.Picture
   if not image then return false end
   local pixels = pixels_of(image)
   local owner = image.HasPalette and image or screen
-  return pixels ~= pixels_of(written.Picture) and (not owner or comparing.fit(pixels, owner))
+  if pixels == pixels_of(written.Picture) then return false end
+  return owner and not comparing.fit(pixels, owner) and "has lost pixels that lie beyond its colours" or "differs"
 end
 
 -- In what a document that was read back differs from the one that was saved; nil when it has all its blocks, with
@@ -44,7 +48,8 @@ function comparing.difference(made, written)
   local screen, looked_at = made.Screen, 0
   for place, row in ipairs(expected) do
     local index, block = table.unpack(row)
-    if differs(block, written:Block(place - 1), screen) then return ("block %d differs"):format(index) end
+    local difference = differs(block, written:Block(place - 1), screen)
+    if difference then return ("block %d %s"):format(index, difference) end
     looked_at = looked_at + (block.Picture and block.Picture.Width * block.Picture.Height or 0)
     if looked_at > 1 << 22 then -- Lua does not see how much memory their pixels take
       collectgarbage()

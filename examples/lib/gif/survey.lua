@@ -1,6 +1,7 @@
 -- Everything worth knowing about one GIF: its screen, blocks, frames, colours and how often each colour is used.
 
 local blocks, composing, document = require "gif.blocks", require "gif.composing", require "gif.document"
+local files, scanning = require "gif.files", require "gif.scanning"
 
 local survey = {}
 
@@ -28,11 +29,13 @@ end
 -- Surveys a file; nil and the reason. start_progress(number, noun) gives what is called after each image. So many images
 -- keep their counts, how often each index stands in their pixels; all that were looked at have highest_used.
 function survey.of(path, start_progress, most_counted)
-  local opened, why = document.open(path)
+  local settled, unknown = files.settled(path) -- it is read twice
+  if not settled then return nil, unknown end
+  local opened, why = document.open(settled)
   if not opened then return nil, why end
   local screen = opened.gif.Screen
   local found = {
-    document = opened, path = path, version = opened.version, bytes = opened.bytes, comments = {},
+    document = opened, scan = scanning.of(settled), path = path, version = opened.version, bytes = opened.bytes, comments = {},
     blocks = opened.blocks, frames = opened.frames, sums = blocks.sums(opened.blocks),
     screen_width = screen.Width, screen_height = screen.Height, width = opened.width, height = opened.height,
     background = opened.background, colours = opened.colours or {} }

@@ -1,6 +1,7 @@
 -- What in a GIF is likely to be a mistake, in sentences that say what comes of it.
 
-local composing, survey, text = require "gif.composing", require "gif.survey", require "gif.text"
+local composing, scanning = require "gif.composing", require "gif.scanning"
+local survey, text = require "gif.survey", require "gif.text"
 
 local warnings = {}
 
@@ -37,6 +38,9 @@ local kAboutFrames = {
   { function(frame) return frame.disposal > kHighestDisposal end, "%s: a disposal that no one has defined." },
 }
 
+-- Findings in the file's bytes that are told above in other words.
+local kTold = { index_beyond_table = true, transparent_beyond_table = true }
+
 local function images(numbers) return (#numbers == 1 and "Image " or "Images ") .. text.ranges(numbers) end
 
 -- The sentences about what survey.of() found.
@@ -72,6 +76,9 @@ function warnings.of(found)
     if block.extension and block.extension.damaged then
       say("Block %d (%s): too short to be read.", block.index, block.extension.kind)
     end
+  end
+  for _, group in ipairs(scanning.groups(found.scan)) do
+    if not kTold[group.kind] then say("%s: %s.", (group.place:gsub("^%l", string.upper)), group.meaning) end
   end
   return sentences
 end

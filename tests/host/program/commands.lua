@@ -118,7 +118,7 @@ for _, row in ipairs {
   { "-e 'local x = 1' -e 'print(2)'", 0, "2\n" },
   { "list --help", 0, "Usage: gifhost" },
   { "-e 'GFIZKV()'", 1, "(global 'GFIZKV'); did you mean \"GIFZKV\"?" },
-  { "-e 'xpairs(1)'", 1, "did you mean \"pairs\"?" },
+  { "-e 'tosting(1)'", 1, "did you mean \"tostring\"?" },
   { "-e 'for _ in ipairs(GIFZKV()) do end'", 1, "-e:1: GIFZKV can't be indexed with 1; pairs() goes through" },
   { "-e 'FolderItem(nil)'", 1, "-e:1: RuntimeException: A FolderItem needs a path, not nil." },
   { "validate --only nil", 0, "1 case, 0 failed" },

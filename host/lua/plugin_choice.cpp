@@ -1,4 +1,4 @@
-#include "host/host/plugin_choice.h"
+#include "host/lua/plugin_choice.h"
 
 #include <stdexcept>
 
