@@ -1,7 +1,10 @@
 # What `cmake --install` puts where, and the Debian package that `cpack` makes of it.
 
-install(TARGETS gif_plugin gif_plugin_tolerant gifscan LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
-install(TARGETS gifhost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(TARGETS gif_plugin gif_plugin_tolerant LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
+if(GIF_HOST)
+  install(TARGETS gifscan LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
+  install(TARGETS gifhost RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE})
 install(FILES README.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} PATTERN *.1 EXCLUDE)
