@@ -126,7 +126,7 @@ void WriteGifLine(MyFILE* stream, GifEncoder* encoder, const uint8_t* line, int 
     if (encoder->block_len + kPieceRoom > static_cast<int32_t>(sizeof encoder->block)) {
       WriteFullSubBlocks(stream, encoder);
     }
-    const uint8_t* const piece_end = at + std::min(end - at, kPiece);
+    const uint8_t* const piece_end = at + std::min<int64_t>(end - at, kPiece);
     if (encoder->runs.in_use && !AllFit(encoder, at, piece_end)) LeaveRuns(encoder);
     const uint8_t* const stop = (encoder->runs.in_use ? CodeRuns : CodePixels)(encoder, at, piece_end);
     encoder->pixels_since_clear += stop - at;
