@@ -1,7 +1,7 @@
 #pragma once
 
-// What of Core Foundation and Core Graphics is called on macOS: from the frameworks' headers, or declared here where a
-// tool chain has none. Same names, forms and layouts. C and C++ can include it.
+// What of Core Foundation and Core Graphics is called on macOS: from the frameworks' headers, or declared here where
+// a tool chain has none. Same names, forms and layouts. C and C++ can include it.
 
 #if __has_include(<CoreServices/CoreServices.h>)
 #include <CoreFoundation/CoreFoundation.h>

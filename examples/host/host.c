@@ -508,8 +508,10 @@ static void Save(Object* document, const char* path, uint64_t expected) {
 
   sum = 0;
   FILE* file = saved ? fopen(path, "rb") : NULL;
-  Object* bytes = NewBytes(NULL, 1 << 28);
-  bytes->size = file ? (int64_t)fread(bytes->bytes, 1, 1 << 28, file) : 0;
+  if (file) fseek(file, 0, SEEK_END);
+  Object* bytes = NewBytes(NULL, file ? ftell(file) : 0);
+  if (file) rewind(file);
+  if (file) bytes->size = (int64_t)fread(bytes->bytes, 1, (size_t)bytes->size, file);
   if (file) fclose(file);
   remove(path);
   const int64_t size = bytes->size;
