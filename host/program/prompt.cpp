@@ -1,9 +1,14 @@
 #include "host/program/prompt.h"
 
+#if defined(GIFHOST_LINE_EDITOR_READLINE)
 #include <readline/history.h>
 #include <readline/readline.h>
+#elif defined(GIFHOST_LINE_EDITOR_LIBEDIT)
+#include <editline/readline.h>
+#endif
 
 #include <cstdio>
+#include <iostream>
 #include <memory>
 #include <optional>
 
@@ -14,12 +19,25 @@
 namespace host {
 namespace {
 
+#if defined(GIFHOST_LINE_EDITOR_NONE)
+
+std::optional<std::string> ReadLine(const char* prompt) {
+  std::string line;
+  std::cout << prompt << std::flush;
+  if (!std::getline(std::cin, line)) return std::nullopt;
+  return line;
+}
+
+#else
+
 std::optional<std::string> ReadLine(const char* prompt) {
   const std::unique_ptr<char, FreeMemory> line(readline(prompt));
   if (!line) return std::nullopt;
   if (*line != '\0') add_history(line.get());
   return std::string(line.get());
 }
+
+#endif
 
 bool Load(lua_State* lua, const std::string& code) {
   return luaL_loadbufferx(lua, code.data(), code.size(), "=prompt", "t") == LUA_OK;
