@@ -99,7 +99,7 @@ void Flush(MyFILE* stream, GifEncoder* encoder) {
 
 bool IsMostlyRuns(const uint8_t* at, const uint8_t* end) {
   constexpr int64_t kSample = 1024, kPixelsPerRun = 4;
-  const int64_t pixels = std::min(end - at, kSample);
+  const int64_t pixels = std::min<int64_t>(end - at, kSample);
   int64_t changes = 0;
   for (int64_t i = 1; i < pixels; ++i) changes += at[i] != at[i - 1];
   return changes * kPixelsPerRun < pixels;

@@ -37,7 +37,12 @@ static_assert(std::endian::native == std::endian::little,
 #if defined(__GNUC__) && defined(__x86_64__)
 #define GIF_X86_KERNELS
 #define GIF_TARGET(instructions) __attribute__((target(instructions)))
-#define GIF_PROCESSOR_HAS(instruction) __builtin_cpu_supports(instruction)
+#if defined(__APPLE__)
+bool SystemSaysProcessorHas(const char* instructions);
+#define GIF_PROCESSOR_HAS(instructions) SystemSaysProcessorHas(instructions)
+#else
+#define GIF_PROCESSOR_HAS(instructions) __builtin_cpu_supports(instructions)
+#endif
 #elif defined(__ARM_NEON) && defined(__aarch64__)
 #define GIF_NEON_KERNELS
 #endif

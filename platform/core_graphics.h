@@ -5,9 +5,7 @@
 
 #include "platform/host_platform.h"
 
-#if defined(__APPLE__)
-#include "platform/macos.h"
-#else
+#if !defined(__APPLE__)
 
 #include <cstddef>
 #include <cstdint>

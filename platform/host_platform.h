@@ -7,7 +7,9 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if !defined(__APPLE__)
+#if defined(__APPLE__)
+#include "platform/macos.h"
+#else
 
 // A file or folder: a NUL-terminated absolute path in UTF-8. On Windows it begins with a drive or two backslashes,
 // and either slash separates.
@@ -27,19 +29,6 @@ typedef struct CGContext {
   uint32_t alpha_info;    // CGImageAlphaInfo, as Core Graphics numbers it: 1, 3, 5: bytes red, green, blue, alpha;
                           // 2, 4, 6: alpha, red, green, blue; the plugin writes to no others
 } CGContext;
-
-#elif __has_include(<CoreServices/CoreServices.h>)
-#include <CoreGraphics/CoreGraphics.h>
-#include <CoreServices/CoreServices.h>
-#else  // without the frameworks' headers: the same layouts
-
-typedef struct FSRef {
-  uint8_t hidden[80];
-} FSRef;
-
-#endif
-
-#if !defined(__APPLE__) || !__has_include(<CoreServices/CoreServices.h>)
 
 // The last part of a path, in UTF-16 units.
 typedef struct HFSUniStr255 {

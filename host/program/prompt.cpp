@@ -1,10 +1,15 @@
 #include "host/program/prompt.h"
 
+#if defined(GIFHOST_LINE_EDITOR_READLINE)
 #include <readline/history.h>
 #include <readline/readline.h>
+#elif defined(GIFHOST_LINE_EDITOR_LIBEDIT)
+#include <editline/readline.h>
+#endif
 
 #include <cstdio>
 #include <cstring>
+#include <iostream>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,6 +24,19 @@
 
 namespace host {
 namespace {
+
+#if defined(GIFHOST_LINE_EDITOR_NONE)
+
+std::optional<std::string> ReadLine(const char* prompt) {
+  std::string line;
+  std::cout << prompt << std::flush;
+  if (!std::getline(std::cin, line)) return std::nullopt;
+  return line;
+}
+
+void StartCompleting(lua_State* /*lua*/) {}
+
+#else
 
 std::optional<std::string> ReadLine(const char* prompt) {
   const std::unique_ptr<char, FreeMemory> line(readline(prompt));
@@ -85,6 +103,14 @@ char** Complete(const char* text, int start, int /*end*/) {
   }
   return rl_completion_matches(text, NextMatch);
 }
+
+void StartCompleting(lua_State* lua) {
+  completed_state = lua;
+  rl_attempted_completion_function = Complete;
+  rl_basic_word_break_characters = const_cast<char*>(kWordBreaks);
+}
+
+#endif
 
 // --- Lines ---------------------------------------------------------------------------------------------------------
 
@@ -158,9 +184,7 @@ int PrintResults(lua_State* lua) {
 
 void RunPrompt(Script& script) {
   lua_State* lua = script.lua();
-  completed_state = lua;
-  rl_attempted_completion_function = Complete;
-  rl_basic_word_break_characters = const_cast<char*>(kWordBreaks);
+  StartCompleting(lua);
   std::printf("Ctrl-D ends the session; host.classes() tells what there is.\n");
   while (const std::optional<std::string> line = ReadLine("> ")) {
     lua_settop(lua, 0);

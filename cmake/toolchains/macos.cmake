@@ -1,0 +1,17 @@
+# The clang, headers and C++ library that tools/install-toolchains puts into build/toolchains, LLVM's linker, and our own
+# lists of what the frameworks hold. On a Mac the other presets do, without any of this.
+set(CMAKE_SYSTEM_NAME Darwin)
+set(CMAKE_C_COMPILER ${CMAKE_CURRENT_LIST_DIR}/macos/${CMAKE_SYSTEM_PROCESSOR}-cc)
+set(CMAKE_CXX_COMPILER ${CMAKE_CURRENT_LIST_DIR}/macos/${CMAKE_SYSTEM_PROCESSOR}-c++)
+set(CMAKE_AR llvm-ar-14 CACHE FILEPATH "")
+set(CMAKE_RANLIB llvm-ranlib-14 CACHE FILEPATH "")
+set(CMAKE_STRIP llvm-strip-14 CACHE FILEPATH "")
+set(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool-14 CACHE FILEPATH "")
+set(CMAKE_OSX_ARCHITECTURES "" CACHE STRING "")
+set(CMAKE_OSX_SYSROOT "" CACHE STRING "")
+set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
+set(CMAKE_FIND_ROOT_PATH ${CMAKE_CURRENT_LIST_DIR}/macos)
+set(CMAKE_FIND_ROOT_PATH_MODE_PROGRAM NEVER)
+set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
+set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
