@@ -44,13 +44,13 @@ local function expected(below, px, py, source, x, y, w, h, sx, sy, sw, sh)
 end
 
 for n = 1, 400 do
-  local source = painted(random(1, 9), random(1, 9))
+  local source = painted(random(3, 9), random(3, 9))
   if n % 2 == 0 then masked(source, random(1, source.Width), random(1, source.Height)) end
   local target = painted(11, 8)
   local before = {}
   for i = 0, 87 do before[i] = target:Pixel(i % 11, i // 11) end
   local area = {}
-  for i, range in ipairs { { -4, 12 }, { -4, 9 }, { 0, 16 }, { 0, 12 }, { -3, 9 }, { -3, 9 }, { 0, 12 }, { 0, 12 } } do
+  for i, range in ipairs { { -4, 8 }, { -4, 6 }, { 0, 16 }, { 0, 12 }, { -3, 4 }, { -3, 4 }, { 0, 12 }, { 0, 12 } } do
     area[i] = random(table.unpack(range))
   end
   target:DrawPicture(source, table.unpack(area))
