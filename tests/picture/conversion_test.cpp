@@ -187,6 +187,7 @@ TEST(Conversion, TrustsOnlyWhatFits) {
 }
 
 TEST(Conversion, CopiesMasksWhereNothingDraws) {
+  static uint8_t* palette_rows[4] = {};
   const struct {
     const char* what;
     Spoil spoil;
@@ -196,6 +197,10 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
       {"another kind", [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
       {"no image", [](auto& d) { d.platform_object = nullptr; }},
       {"no rows", [](auto& d) { Image(d).tpixels = nullptr; }},
+      {"no rows in one", [](auto& d) { Image(d).tpixels = turn ? nullptr : Image(d).tpixels; }},
+      {"no rows in the other", [](auto& d) { Image(d).tpixels = turn ? Image(d).tpixels : nullptr; }},
+      {"a palette in one", [](auto& d) { Image(d).pixels = turn ? palette_rows : nullptr; }},
+      {"a palette in the other", [](auto& d) { Image(d).pixels = turn ? nullptr : palette_rows; }},
       {"other widths", [](auto& d) { Image(d).sx += turn; }},
       {"other heights", [](auto& d) { Image(d).sy += turn; }},
   };
@@ -206,6 +211,9 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
     const PictureRef picture = MakePicture(nullptr, &small.image), mask = MakeMask(&small.image, 6);
     spoil = c.spoil;
     AddPictureMask(picture.get(), mask.get(), 4, 0);  // nothing
+    AddPictureMask(picture.get(), mask.get(), 0, 2);
+    AddPictureMask(picture.get(), nullptr, 4, 2);
+    AddPictureMask(nullptr, mask.get(), 4, 2);
     const auto installed = PictureRef::Adopt(REALGetPictureMask(picture.get(), 1));
     EXPECT_EQ(host.Pixel(installed, 2, 1), 0u);
     AddPictureMask(picture.get(), mask.get(), 4, 2);
