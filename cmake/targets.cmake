@@ -23,9 +23,16 @@ if(GIF_SANITIZE)
   endif()
 endif()
 
+if(GIF_COVERAGE)  # the folders whose runs are counted, by clang: see tools/coverage
+  target_link_options(project_settings INTERFACE -fprofile-instr-generate)
+endif()
+
 # A folder's code as a static library: folder_library(NAME SOURCES... LINK TARGETS...)
 function(folder_library name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LINK")
   add_library(${name} STATIC ${arg_SOURCES})
   target_link_libraries(${name} PUBLIC project_settings ${arg_LINK})
+  if(name IN_LIST GIF_COVERAGE)
+    target_compile_options(${name} PRIVATE -fprofile-instr-generate -fcoverage-mapping)
+  endif()
 endfunction()

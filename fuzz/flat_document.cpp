@@ -260,11 +260,6 @@ Bytes Flatten(const Gif* gif) {
   return flat;
 }
 
-int64_t RowLimit(int64_t usual) {
-  static const char* const text = std::getenv("FUZZ_ROW_BYTES");
-  return text ? std::strtoll(text, nullptr, 10) : usual;
-}
-
 Bytes FlattenByOracle(const Bytes& file) { return OracleReader(file).Read(); }
 
 void LimitImages(Bytes* file, int64_t limit) { OracleReader(file, limit).Read(); }

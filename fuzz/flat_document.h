@@ -23,10 +23,6 @@ using Bytes = std::vector<uint8_t, OwnAllocator<uint8_t>>;
 // What must hold in any document read or assembled is checked on the way; what does not ends the program.
 Bytes Flatten(const Gif* gif);
 
-// What the rows of a document's images may cost: the usual limit, which keeps inputs fast, or what the environment's
-// FUZZ_ROW_BYTES says.
-int64_t RowLimit(int64_t usual);
-
 // The same for the document that a file holds, found without the product's reader and by the slow row decoder alone.
 // At the end, how many of the bytes were read.
 //

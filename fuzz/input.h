@@ -4,6 +4,14 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
+
+// Whether images may have up to a million pixels, as the environment's FUZZ_LARGE_IMAGES asks: inputs are slower
+// then.
+inline bool LargeImages() {
+  static const bool large = std::getenv("FUZZ_LARGE_IMAGES") != nullptr;
+  return large;
+}
 
 class Input {
  public:

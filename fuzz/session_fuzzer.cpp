@@ -208,7 +208,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;
   const size_t length = std::min<size_t>(data[0] + 256u * data[1], size - 2);
   Bytes document(data + 2, data + 2 + length);
-  LimitImages(&document, RowLimit(8000));
+  LimitImages(&document, LargeImages() ? 1600000 : 8000);
   Session(Input(data + 2 + length, size - 2 - length), document).Run();
   if (TheHost().heap().Live().empty()) return 0;
   TheHost().ReportLeaks();

@@ -81,8 +81,8 @@ class TreeMaker {
   void FillPicture(GifPicture* picture) {
     picture->left = Field(0, 65535);
     picture->top = Field(0, 65535);
-    // Now and then large enough to use up all codes; where large images are wanted, up to 936 pixels each way.
-    const int32_t scale = input_.Below(16) < 15 ? 1 : RowLimit(0) > 0 ? 24 : 6;
+    // Now and then large enough to use up all codes.
+    const int32_t scale = input_.Below(16) < 15 ? 1 : LargeImages() ? 24 : 6;
     picture->width = input_.Below(40) * scale - (Unsound() ? 2 : 0);
     picture->height = input_.Below(40) * scale - (Unsound() ? 2 : 0);
     picture->has_cmap = Field(0, 1);

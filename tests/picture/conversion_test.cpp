@@ -148,16 +148,16 @@ TEST(Conversion, TrustsOnlyWhatFits) {
     const char* what;
     PictureKind kind;
     Spoil spoil;
-    bool trusted = false;
+    int rows = 0;  // that are written, 0 when it is refused
   } cases[] = {
-      {"alpha info with a flag beside it", kContexts, [](auto& d) { Context(d).alpha_info |= 8; }, true},
+      {"alpha info with a flag beside it", kContexts, [](auto& d) { Context(d).alpha_info |= 8; }, 4},
       {"context of another kind", kContexts, [](auto& d) { d.kind = kPictureKindGDImage; }},
       {"no context", kContexts, [](auto& d) { d.platform_object = nullptr; }},
       {"no pixels", kContexts, [](auto& d) { Context(d).data = nullptr; }},
       {"short rows", kContexts, [](auto& d) { Context(d).bytes_per_row = 11; }},
       {"overflowing rows", kContexts, [](auto& d) { Context(d).width = SIZE_MAX / 4 + 1; }},
       {"narrower context", kContexts, [](auto& d) { Context(d).width = 2; }},
-      {"lower context", kContexts, [](auto& d) { Context(d).height = 3; }, true},
+      {"lower context", kContexts, [](auto& d) { Context(d).height = 3; }, 3},
       {"context without rows", kContexts, [](auto& d) { Context(d).height = 0; }},
       {"image of another kind", kImages, [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
       {"no image", kImages, [](auto& d) { d.platform_object = nullptr; }},
@@ -166,7 +166,7 @@ TEST(Conversion, TrustsOnlyWhatFits) {
       {"no rows", kImages, [](auto& d) { Image(d).tpixels = nullptr; }},
       {"rows missing", kImages, [](auto& d) { Image(d).tpixels = rows; }},
       {"a row missing behind those in use", kImages,
-       [](auto& d) { std::copy_n(Image(d).tpixels, d.height = 3, some), Image(d).tpixels = some; }, true},
+       [](auto& d) { std::copy_n(Image(d).tpixels, d.height = 3, some), Image(d).tpixels = some; }, 3},
       {"image narrower than described", kImages, [](auto& d) { --Image(d).sx; }},
       {"empty description", kImages, [](auto& d) { d.height = 0; }},
   };
@@ -175,14 +175,19 @@ TEST(Conversion, TrustsOnlyWhatFits) {
     PictureHost host(c.kind);
     spoil = c.spoil;
     PictureWriter writer;
-    ASSERT_EQ(writer.NewPictureWriter(3, 4), c.trusted);
-    if (!c.trusted) continue;
-    writer.WritePixel(10, 20, 30);
-    EXPECT_EQ(host.Pixel(PictureRef::Adopt(writer.RenderPictureWriter()), 0, 0), 0x0A141Eu);
+    ASSERT_EQ(writer.NewPictureWriter(3, 4), c.rows > 0);
+    if (c.rows == 0) continue;
+    for (uint8_t y = 0; y < 4; ++y, writer.NextRow()) writer.WritePixel(10, 20, y);
+    const auto written = PictureRef::Adopt(writer.RenderPictureWriter());
+    EXPECT_EQ(host.Pixel(written, 0, 0),
+              c.rows == 4 ? 0x0A1400u : 0x0A1403u);  // rows behind the last go to the first
+    EXPECT_EQ(host.Pixel(written, 0, 2), 0x0A1402u);
+    EXPECT_EQ(host.Pixel(written, 0, 3) == 0x0A1403u, c.rows == 4);
   }
 }
 
 TEST(Conversion, CopiesMasksWhereNothingDraws) {
+  static uint8_t* palette_rows[4] = {};
   const struct {
     const char* what;
     Spoil spoil;
@@ -192,6 +197,10 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
       {"another kind", [](auto& d) { d.kind = kPictureKindCGBitmapContext; }},
       {"no image", [](auto& d) { d.platform_object = nullptr; }},
       {"no rows", [](auto& d) { Image(d).tpixels = nullptr; }},
+      {"no rows in one", [](auto& d) { Image(d).tpixels = turn ? nullptr : Image(d).tpixels; }},
+      {"no rows in the other", [](auto& d) { Image(d).tpixels = turn ? Image(d).tpixels : nullptr; }},
+      {"a palette in one", [](auto& d) { Image(d).pixels = turn ? palette_rows : nullptr; }},
+      {"a palette in the other", [](auto& d) { Image(d).pixels = turn ? nullptr : palette_rows; }},
       {"other widths", [](auto& d) { Image(d).sx += turn; }},
       {"other heights", [](auto& d) { Image(d).sy += turn; }},
   };
@@ -202,6 +211,9 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
     const PictureRef picture = MakePicture(nullptr, &small.image), mask = MakeMask(&small.image, 6);
     spoil = c.spoil;
     AddPictureMask(picture.get(), mask.get(), 4, 0);  // nothing
+    AddPictureMask(picture.get(), mask.get(), 0, 2);
+    AddPictureMask(picture.get(), nullptr, 4, 2);
+    AddPictureMask(nullptr, mask.get(), 4, 2);
     const auto installed = PictureRef::Adopt(REALGetPictureMask(picture.get(), 1));
     EXPECT_EQ(host.Pixel(installed, 2, 1), 0u);
     AddPictureMask(picture.get(), mask.get(), 4, 2);

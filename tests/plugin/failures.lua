@@ -9,6 +9,7 @@ local folder = arg[0]:gsub("[^/]*$", "")
 local session = dofile(folder .. "../support/session.lua")
 local path, failing_plugin = ...
 
+local kept = failing_plugin and assert(package.loadlib(failing_plugin, "KeptByScript")) or function() return 0 end
 local documents = dofile(folder .. "../support/documents.lua")
 
 -- Runs the session with the n-th of something failing, for each n until all of them succeed.
@@ -19,12 +20,15 @@ local function sweep(what, bytes, fail)
   local n = 0
   repeat
     n = n + 1
-    local reached = fail(n)
+    collectgarbage()
+    local before, reached = kept(), fail(n)
     local found = session.run(bytes, path)
     local did_fail, complete = reached(), session.is_complete(found, expected)
     local why = session.wrong(found, expected)
     if why then error(("%s %d: %s"):format(what, n, why)) end
     for class, count in pairs(host.live()) do error(("%s %d: %d of %s alive"):format(what, n, count, class)) end
+    collectgarbage()
+    if kept() ~= before then error(("%s %d: %d pieces of memory or files are not given back"):format(what, n, kept() - before)) end
     if not did_fail then assert(complete, what .. ": parts are missing though nothing failed") end
   until not did_fail
   return n - 1
