@@ -5,9 +5,7 @@
 #elif defined(__has_feature)
 #define GIF_FUZZ_SANITIZED (__has_feature(address_sanitizer) || __has_feature(memory_sanitizer))
 #endif
-#if GIF_FUZZ_SANITIZED
-#include <sanitizer/allocator_interface.h>
-#else
+#if !GIF_FUZZ_SANITIZED
 #include <malloc.h>
 #endif
 
@@ -20,6 +18,11 @@
 #include "codec/picture_rows.h"
 #include "codec/reader.h"
 #include "tests/oracle/slow_decoder.h"
+
+#if GIF_FUZZ_SANITIZED
+// Of the sanitizers' run-time library; not every compiler brings a header for it.
+extern "C" size_t __sanitizer_get_current_allocated_bytes();
+#endif
 
 namespace {
 
