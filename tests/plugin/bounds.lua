@@ -70,16 +70,18 @@ local function expect_whole(what, gif, count)
   end
 end
 
+local _, address_space = touched()
+local sanitized = address_space > 1 << 40 -- slower, and with memory of its own
+
 local case = kCases[math.tointeger(arg[1])]
 if case then
   local what, blocks, count, each_byte = table.unpack(case, 1, 4)
   local bytes = kScreen .. blocks
   collectgarbage()
-  local before, address_space = touched()
+  local before = touched()
   local start_s = os.clock()
   local gif = GifStringToGifZKV(bytes)
   local taken_s = os.clock() - start_s
-  local sanitized = address_space > 1 << 40
   local most = kAnyDocument + #bytes * (each_byte or kEachByte) + count * kEachBlock
   assert(taken_s < 2 * (sanitized and 5 or 1), what .. ": " .. taken_s .. " s")
   assert(sanitized or touched() - before <= most, what .. ": " .. touched() - before .. " bytes")
@@ -121,5 +123,5 @@ examples.with_folder(function(folder)
 
   local start_s = os.clock()
   save(GifStringToGifZKV(kScreen .. image(65535, 65535)))
-  assert(os.clock() - start_s < 2, "seconds to save an empty image")
+  assert(sanitized or os.clock() - start_s < 2, "seconds to save an empty image")
 end)
