@@ -13,12 +13,12 @@ examples.with_folder(function(folder)
   if words[1]:find("/") then words[1] = FolderItem(words[1]).NativePath end
   local program = examples.write(folder .. "/program", ("#!/bin/sh\nexec %s \"$@\"\n"):format(
     processes.command(words)))
-  assert(os.execute(([[cd %s && mkdir bin work work/one work/one/sub && chmod +x program && mv program bin/gifhost &&
-    ln -s %s work/examples && for f in in other one/a one/sub/b; do cp work/examples/gifs/lighthouse.gif work/$f.gif; done]])
+  assert(os.execute(([[cd %s && mkdir bin desk desk/one desk/one/sub && chmod +x program && mv program bin/gifhost &&
+    ln -s %s desk/examples && for f in in other one/a one/sub/b; do cp desk/examples/gifs/lighthouse.gif desk/$f.gif; done]])
     :format(folder, files.quoted(FolderItem(top .. "examples").NativePath))))
-  Picture(12, 8):SavePNG(folder .. "/work/mark.png")
-  examples.write(folder .. "/work/notes.xmp", "<x:xmpmeta/>")
-  local run, count = { "set -e", "PATH=" .. files.quoted(folder .. "/bin") .. ":$PATH", "cd " .. folder .. "/work" }, 0
+  Picture(12, 8):SavePNG(folder .. "/desk/mark.png")
+  examples.write(folder .. "/desk/notes.xmp", "<x:xmpmeta/>")
+  local run, count = { "set -e", "PATH=" .. files.quoted(folder .. "/bin") .. ":$PATH", "cd " .. folder .. "/desk" }, 0
   for kind, block in page:gmatch("```(sh[%w-]*)\n(.-)```") do
     for line in block:gmatch("[^\n]+") do
       if kind == "sh" or has_parallel then
@@ -31,8 +31,8 @@ examples.with_folder(function(folder)
   local script = examples.write(folder .. "/run", table.concat(run, "\n"))
   assert(os.execute("sh " .. script), "a command of the cookbook fails")
   -- What some of them leave behind
-  local function lines(name) return select(2, examples.read(folder .. "/work/" .. name):gsub("\n", "")) end
-  assert(host.stat(folder .. "/work/smaller/sub/b.gif") and lines("check.jsonl") > 5 and lines("trees.jsonl") > 5)
-  assert(examples.read(folder .. "/work/copy.xmp") == "<x:xmpmeta/>")
+  local function lines(name) return select(2, examples.read(folder .. "/desk/" .. name):gsub("\n", "")) end
+  assert(host.stat(folder .. "/desk/smaller/sub/b.gif") and lines("check.jsonl") > 5 and lines("trees.jsonl") > 5)
+  assert(examples.read(folder .. "/desk/copy.xmp") == "<x:xmpmeta/>")
   assert(not has_parallel or lines("all.jsonl") == lines("trees.jsonl"), "lines of two workers")
 end)
