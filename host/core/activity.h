@@ -2,6 +2,7 @@
 
 // What is being done on the plugin's behalf or by it, for messages about what went wrong.
 
+#include <cstdint>
 #include <string>
 
 namespace host {
@@ -12,7 +13,13 @@ struct Activity {
   const char* handler = "";   // the plugin's handler that runs around it
 
   std::string Describe() const;
+  bool operator==(const Activity&) const = default;
 };
+
+// An activity as a number, for what is kept of every thing, and back. There are few: the plugin's handlers times the
+// host's functions at most.
+uint32_t NumberOf(const Activity& activity);
+const Activity& ActivityOf(uint32_t number);
 
 // The innermost activity now.
 const Activity& CurrentActivity();

@@ -49,6 +49,8 @@ class HandleTable {
     }
   }
 
+  size_t count() const { return count_; }
+
  private:
   struct Slot {
     const void* handle = nullptr;

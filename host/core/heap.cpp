@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cstring>
 #include <map>
-#include <new>
 
+#include "host/core/bytes.h"
 #include "host/core/fault.h"
 #include "host/core/names.h"
 #include "host/core/text.h"
@@ -16,21 +16,7 @@ constexpr std::byte kDeadByte{0xDD};       // what a dead thing's own bytes are 
 constexpr size_t kGraveBytes = 16u << 20;  // how much is kept back, so that handles are not used again soon
 constexpr size_t kGraveCount = 1u << 16;
 
-Memory AllocateZeroed(size_t size) {
-  Memory memory(static_cast<std::byte*>(std::calloc(1, size)));
-  if (!memory) throw std::bad_alloc();
-  return memory;
-}
-
-// What is still alive at the end may refer to each other and to a plugin that is gone: it stays as it is, for good.
-std::vector<Counted*>& AbandonedThings() {
-  static auto& things = *new std::vector<Counted*>;
-  return things;
-}
-
 }  // namespace
-
-Counted::Counted(size_t handle_size) : memory_(AllocateZeroed(handle_size)), handle_size_(handle_size) {}
 
 std::string Counted::Describe() const { return Text(type_name(), "#", serial_); }
 
@@ -41,27 +27,43 @@ std::string Counted::DescribeWithKind() const {
 std::string Heap::Dead::Describe() const { return Text(kind, " ", *type_name, "#", serial); }
 
 Heap::~Heap() {
-  while (!graves_.empty()) Exhume();
-  live_.ForEach([](Counted& thing) { AbandonedThings().push_back(&thing); });
+  while (graves_ > 0) Exhume();
+  bool any = false;
+  slots_.ForEachLive([&](void*) { any = true; });
+  if (any) slots_.Abandon();
 }
 
-void Heap::Admit(std::unique_ptr<Counted> thing) {
-  thing->heap_ = this;
-  thing->serial_ = next_serial_++;
-  thing->made_by_ = CurrentActivity();
-  Touch(*thing);
-  live_.Add(thing->handle(), thing.get());
-  thing.release();  // NOLINT(*unused-return-value): the table has it
+void Heap::Admit(Counted& thing, size_t handle_at, size_t handle_size) {
+  thing.handle_at_ = static_cast<uint16_t>(handle_at);
+  thing.handle_size_ = static_cast<uint32_t>(handle_size);
+  std::memset(thing.handle(), 0, handle_size);
+  thing.serial_ = next_serial_++;
+  thing.made_by_ = thing.last_operation_ = NumberOf(CurrentActivity());
 }
 
-const Counted* Heap::Peek(const void* handle) const { return live_.Find(handle); }
+const Counted* Heap::Peek(const void* handle) const {
+  const SlotMemory::Place place = slots_.Find(handle);
+  if (place.state != SlotState::kLive) return nullptr;
+  const auto* thing = static_cast<const Counted*>(place.slot);
+  return thing->handle() == handle ? thing : nullptr;
+}
 
 Counted* Heap::FindLive(const void* handle) {
   if (handle == nullptr) return nullptr;
-  if (Counted* found = live_.Find(handle)) return found;
-  for (const Dead& dead : graves_) {
-    if (dead.memory.get() != handle) continue;
-    Fault(Text(dead.Describe(), " is dead; the last operation on it: ", dead.last_operation.Describe()));
+  const SlotMemory::Place place = slots_.Find(handle);
+  if (place.state == SlotState::kLive) {
+    auto* thing = static_cast<Counted*>(place.slot);
+    if (thing->handle() == handle) return thing;
+  }
+  Unusable(handle, place);
+}
+
+void Heap::Unusable(const void* handle, SlotMemory::Place place) {
+  if (place.state == SlotState::kEnding) Fault(Text("the handle ", handle, " is of something that is just dying"));
+  auto* dead = place.state == SlotState::kDead ? static_cast<Dead*>(place.slot) : nullptr;
+  if (dead != nullptr && dead->handle() == handle) {
+    Fault(
+        Text(dead->Describe(), " is dead; the last operation on it: ", ActivityOf(dead->last_operation).Describe()));
   }
   Fault(Text("the handle ", handle, " was never given out, or is long dead"));
 }
@@ -73,61 +75,71 @@ void Heap::WrongKind(const Counted& thing, const char* wanted) {
 void* Heap::HandOut(Counted* thing) {
   if (thing == nullptr) return nullptr;
   if (thing->dying_) Fault(Text(thing->Describe(), " is being destroyed and can't get new references"));
+  if (thing->plugin_references_ == UINT32_MAX) Fault(Text(thing->Describe(), " has too many references to count"));
   ++thing->plugin_references_;
   Touch(*thing);
   return thing->handle();
 }
 
-void Heap::GiveUp(const void* handle) {
-  Counted* thing = FindLive(handle);
+void Heap::GiveUp(Counted* thing) {
   if (thing == nullptr) return;
   if (thing->plugin_references_ == 0 && keeps_everything_) return;
   if (thing->plugin_references_ == 0) {
     Fault(Text(thing->DescribeWithKind(),
                ": a reference is given up that the plugin does not have; the last operation on it: ",
-               thing->last_operation_.Describe()));
+               ActivityOf(thing->last_operation_).Describe()));
   }
   --thing->plugin_references_;
   Touch(*thing);
-  DestroyUnreferenced(*thing);
+  if ((thing->plugin_references_ | thing->host_references_) == 0) Destroy(*thing);
 }
 
-void Heap::DestroyUnreferenced(Counted& thing) {
-  if (thing.host_references_ + thing.plugin_references_ > 0 || thing.dying_ || keeps_everything_) return;
+void Heap::Destroy(Counted& thing) {
+  if (thing.dying_ || keeps_everything_) return;
   thing.dying_ = true;
   thing.BeforeDeath();
-  live_.Remove(thing.handle());
-  Bury(std::unique_ptr<Counted>(&thing));
+  const Dead dead{nullptr,         thing.kind(),          &thing.type_name(),
+                  thing.serial_,   thing.last_operation_, thing.handle_size_,
+                  thing.handle_at_};
+  SlotState& state = SlotMemory::StateOf(&thing);
+  state = SlotState::kEnding;
+  thing.~Counted();
+  state = SlotState::kDead;
+  Bury(*new (&thing) Dead(dead));
 }
 
-void Heap::Bury(std::unique_ptr<Counted> thing) {
-  const size_t size = thing->handle_size_;
-  std::fill_n(thing->memory_.get(), size, kDeadByte);
-  graves_.push_back(
-      {thing->kind(), &thing->type_name(), thing->serial_, thing->last_operation_, std::move(thing->memory_), size});
-  buried_bytes_ += size;
-  while (graves_.size() > kGraveCount || buried_bytes_ > kGraveBytes) Exhume();
+void Heap::Bury(Dead& dead) {
+  std::memset(dead.handle(), std::to_integer<int>(kDeadByte), dead.handle_size);
+  (last_grave_ == nullptr ? first_grave_ : last_grave_->next) = &dead;
+  last_grave_ = &dead;
+  ++graves_;
+  buried_bytes_ += dead.size();
+  while (graves_ > kGraveCount || buried_bytes_ > kGraveBytes) Exhume();
 }
 
 void Heap::Exhume() {
-  const Dead& dead = graves_.front();
-  if (!std::all_of(dead.memory.get(), dead.memory.get() + dead.size, [](std::byte b) { return b == kDeadByte; })) {
-    Fault(Text(dead.Describe(),
-               " was written to after its death; the last operation on it: ", dead.last_operation.Describe()));
+  Dead& dead = *first_grave_;
+  if (!AllAre(dead.handle(), dead.handle_size, kDeadByte)) {
+    Fault(Text(dead.Describe(), " was written to after its death; the last operation on it: ",
+               ActivityOf(dead.last_operation).Describe()));
   }
-  buried_bytes_ -= dead.size;
-  graves_.pop_front();
+  first_grave_ = dead.next;
+  if (first_grave_ == nullptr) last_grave_ = nullptr;
+  --graves_;
+  buried_bytes_ -= dead.size();
+  slots_.Return(&dead);
 }
 
 std::vector<Heap::LiveCount> Heap::Live() const {
   std::map<std::pair<std::string, std::string>, LiveCount> counts;
-  live_.ForEach([&](const Counted& thing) {
+  slots_.ForEachLive([&](void* slot) {
+    const auto& thing = *static_cast<const Counted*>(slot);
     LiveCount& count = counts[{thing.kind(), thing.type_name()}];
     if (count.count++ == 0) {
       count.kind = thing.kind();
       count.type_name = thing.type_name();
-      count.example = Text(thing.Describe(), ": made by ", thing.made_by_.Describe(), ", last operation ",
-                           thing.last_operation_.Describe());
+      count.example = Text(thing.Describe(), ": made by ", ActivityOf(thing.made_by_).Describe(), ", last operation ",
+                           ActivityOf(thing.last_operation_).Describe());
     }
     count.plugin_references += thing.plugin_references_;
   });

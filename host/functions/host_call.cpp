@@ -9,7 +9,7 @@ std::string HostCall::Show(const void* handle) const {
 }
 
 bool HostCall::CountCall(const char* name) const {
-  Host::CallCount& count = host_.call_count(name);
+  Host::CallCount& count = host_.CountOf(name);
   return ++count.called == count.failing_call;
 }
 

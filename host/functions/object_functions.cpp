@@ -57,7 +57,7 @@ void REALLockObject(REALobjectStruct* object) {
 
 void REALUnlockObject(REALobjectStruct* object) {
   HostCall call("REALUnlockObject", object);
-  if (call.Find<Object>(object) != nullptr) call.host().heap().GiveUp(object);
+  call.host().heap().GiveUp(call.Find<Object>(object));
 }
 
 REALproc REALLoadObjectMethod(REALobjectStruct* object, const char* declaration) {

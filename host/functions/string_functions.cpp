@@ -19,7 +19,7 @@ void REALLockString(REALstringStruct* string) {
 
 void REALUnlockString(REALstringStruct* string) {
   HostCall call("REALUnlockString", string);
-  if (call.Find<String>(string) != nullptr) call.host().heap().GiveUp(string);
+  call.host().heap().GiveUp(call.Find<String>(string));
 }
 
 const char* StringGetCString(REALstringStruct* string) {

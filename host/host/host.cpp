@@ -112,6 +112,12 @@ Host::CallCount& Host::call_count(std::string_view function) {
   return found != call_counts_.end() ? found->second : call_counts_[std::string(function)];
 }
 
+Host::CallCount& Host::CountOf(const char* function) {
+  CallCount* count = counts_by_place_.Find(function);
+  if (count == nullptr) counts_by_place_.Add(function, count = &call_count(function));
+  return *count;
+}
+
 bool Host::IsWithheld(std::string_view name) const {
   return std::any_of(options_.without.begin(), options_.without.end(),
                      [&](const std::string& withheld) { return SameName(withheld, name); });
@@ -131,10 +137,15 @@ Class& Host::AddClass(std::string_view name, Class::Maker maker) {
   added->name = name;
   added->destructor_label = Text(name, " destructor");
   added->maker = maker;
-  return *(classes_[added->name] = std::move(added));
+  if (const Class* before = FindClass(name)) classes_as_written_.erase(before->name);
+  Class& kept = *(classes_[added->name] = std::move(added));
+  classes_as_written_[kept.name] = &kept;
+  return kept;
 }
 
 Class* Host::FindClass(std::string_view name) {
+  const auto as_written = classes_as_written_.find(name);
+  if (as_written != classes_as_written_.end()) return as_written->second;
   const auto found = classes_.find(name);
   return found == classes_.end() ? nullptr : found->second.get();
 }

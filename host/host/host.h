@@ -7,8 +7,10 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
+#include "host/core/handle_table.h"
 #include "host/core/heap.h"
 #include "host/host/class.h"
 #include "host/host/errors.h"
@@ -76,6 +78,8 @@ class Host {
     int64_t failing_call = 0;  // the call, counted from 1, that finds nothing and makes nothing; 0: none
   };
   CallCount& call_count(std::string_view function);
+  // The same for a name that stays where it is: every call of a function comes by here.
+  CallCount& CountOf(const char* function);
 
   Heap& heap() { return heap_; }
   const HostOptions& options() const { return options_; }
@@ -92,9 +96,11 @@ class Host {
   HostOptions options_;
   FunctionFinder find_function_;
   NameMap<std::unique_ptr<Class>> classes_;
+  std::unordered_map<std::string_view, Class*> classes_as_written_;  // found sooner, where letter case is the same
   MemberTable globals_;
   std::vector<Module> modules_;
   std::map<std::string, CallCount, std::less<>> call_counts_;
+  HandleTable<CallCount> counts_by_place_;  // of the names
   size_t class_count_ = 0;
   int32_t plugin_version_ = 0;
   void* library_ = nullptr;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
+#include "host/core/bytes.h"
 #include "host/core/fault.h"
 #include "host/core/text.h"
 
@@ -31,8 +32,7 @@ void MemoryBlock::BeforeDeath() { CheckGuard(); }
 
 void MemoryBlock::CheckGuard() const {
   if (!bytes_) return;
-  const std::byte* end = bytes_.get() + size_;
-  if (!std::all_of(end, end + kGuardSize, [](std::byte b) { return b == kGuardByte; })) {
+  if (!AllAre(bytes_.get() + size_, kGuardSize, kGuardByte)) {
     Fault(Text("something was written behind the ", size_, " bytes of ", Describe()));
   }
 }

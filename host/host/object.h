@@ -13,11 +13,12 @@ class Object : public Counted {
  public:
   static constexpr const char* kKind = "object";
 
-  explicit Object(const Class& own_class, size_t handle_size = 16) : Counted(handle_size), class_(own_class) {}
+  explicit Object(const Class& own_class) : Counted(true), class_(own_class) {}
 
   const char* kind() const override { return kKind; }
   const std::string& type_name() const override { return class_.name; }
   const Class& object_class() const { return class_; }
+  static bool Includes(const Counted& thing) { return thing.is_object(); }
 
  private:
   const Class& class_;
@@ -27,12 +28,15 @@ class Object : public Counted {
 // class; bytes before and after the data guard it, and are checked when the instance dies.
 class Instance : public Object {
  public:
-  explicit Instance(const Class& own_class);
+  static Ref<Object> New(Heap& heap, const Class& own_class);
   void BeforeDeath() override;  // calls the plugin's destructor
 
-  static Ref<Object> New(Heap& heap, const Class& own_class);
-
  private:
+  friend class Heap;
+  using Object::Object;
+  static size_t HandleSize(const Class& own_class);
+  void PutGuards();
+
   std::byte* bytes() const { return static_cast<std::byte*>(handle()); }
   size_t data_begin() const;
   size_t data_end() const;

@@ -28,7 +28,7 @@ Value HandleValue(const Ref<T>& reference) {
 template <class T>
 Ref<T> ValueAs(const Value& value) {
   const auto* reference = std::get_if<Ref<Counted>>(&value);
-  return reference == nullptr ? Ref<T>() : Ref<T>(dynamic_cast<T*>(reference->get()));
+  return reference == nullptr ? Ref<T>() : Ref<T>(As<T>(reference->get()));
 }
 
 // Whether a value may be handed to a parameter (or be a result) of this type.
