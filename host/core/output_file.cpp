@@ -6,7 +6,6 @@
 
 #include <array>
 #include <cerrno>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -80,12 +79,20 @@ std::string RandomLetters() {
 
 }  // namespace
 
+int RefusedGrowth(int file) {
+  struct stat now = {};
+  if (fstat(file, &now) != 0) return errno;
+  if (!S_ISREG(now.st_mode)) return write(file, "", 0) == 0 ? 0 : errno;
+  const int error = posix_fallocate(file, now.st_size, kProbe);
+  if (error != 0) return error;
+  return ftruncate(file, now.st_size) == 0 ? 0 : errno;
+}
+
 std::string OutputFile::Problem(int error) const {
   return Text(target_.empty() ? path_ : target_, ": ", std::strerror(error));
 }
 
 std::string OutputFile::Create(const std::string& folder, bool is_private) {
-  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too long is refused like any other
   int error = EEXIST;
   for (int i = 0; i < kMostNames && error == EEXIST; ++i) {
     path_ = folder + "/.gifhost-" + RandomLetters() + ".part";
@@ -128,11 +135,8 @@ std::string OutputFile::Write(std::string_view bytes) {
 }
 
 std::string OutputFile::Refusal() const {
-  struct stat now = {};
-  if (fstat(file_, &now) != 0) return Problem(errno);
-  const int error = posix_fallocate(file_, now.st_size, kProbe);
-  if (error == 0) return ftruncate(file_, now.st_size) == 0 ? "" : Problem(errno);
-  return Problem(error);
+  const int error = RefusedGrowth(file_);
+  return error == 0 ? "" : Problem(error);
 }
 
 // Of what is there already; nothing otherwise.

@@ -5,6 +5,10 @@
 
 namespace host {
 
+// Why an open file can't be made longer, for one whose writer did not keep the reason: the system's error, 0 for
+// none.
+int RefusedGrowth(int file);
+
 // A file on its way. What it replaces stays as it is until the new one is whole: its bytes go to a file beside its
 // target, which takes the target's place, mode and owner when it is kept. Symbolic links are followed. A target that
 // is no regular file (a device, a pipe, or a name of a file that a process has open, such as /dev/stdout) is given

@@ -2,6 +2,8 @@
 
 #include <cstdio>
 
+#include "host/core/messages.h"
+
 namespace host {
 namespace {
 
@@ -22,7 +24,7 @@ bool IsTracing() { return enabled; }
 
 void TraceEnter(const std::string& call) {
   EndLine();
-  std::fprintf(stderr, "%*s%s", 2 * depth, "", call.c_str());
+  std::fprintf(stderr, "%*s%s", 2 * depth, "", Shown(call).c_str());
   line_is_open = true;
   ++depth;
 }
@@ -31,7 +33,7 @@ void TraceLeave(const std::string& result) {
   --depth;
   if (!result.empty()) {
     if (!line_is_open) std::fprintf(stderr, "%*s", 2 * depth, "");
-    std::fprintf(stderr, line_is_open ? " = %s" : "= %s", result.c_str());
+    std::fprintf(stderr, line_is_open ? " = %s" : "= %s", Shown(result).c_str());
     line_is_open = true;
   }
   EndLine();

@@ -34,14 +34,11 @@ void RemoveAllAndDie(int signal_number) {
 
 // A child that was forked must not remove its parent's files.
 pid_t owner = 0;
-void RemoveOwn() {
-  if (getpid() == owner) RemoveAll();
-}
 
 void WatchForTheEnd() {
   if (owner != 0) return;
   owner = getpid();
-  std::atexit(RemoveOwn);
+  std::atexit(RemoveUnfinished);
   for (const int number : {SIGINT, SIGTERM, SIGHUP, SIGALRM}) {
     struct sigaction now = {};
     sigaction(number, nullptr, &now);
@@ -52,6 +49,10 @@ void WatchForTheEnd() {
 }
 
 }  // namespace
+
+void RemoveUnfinished() {
+  if (getpid() == owner) RemoveAll();
+}
 
 void NoteUnfinished(const std::string& path) {
   WatchForTheEnd();

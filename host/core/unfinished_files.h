@@ -9,5 +9,6 @@ namespace host {
 
 void NoteUnfinished(const std::string& path);
 void ForgetUnfinished(const std::string& path);
+void RemoveUnfinished();  // for an end that runs nothing else
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "host/core/encoding.h"
+#include "host/core/messages.h"
 #include "host/core/text.h"
 #include "host/core/trace.h"
 
@@ -161,7 +162,7 @@ bool Host::ReportLeaks() const {
   for (const Heap::LiveCount& count : live) {
     std::fprintf(stderr, "leak: %lld %s (%s), %lld references held by the plugin; %s\n",
                  static_cast<long long>(count.count), count.type_name.c_str(), count.kind.c_str(),
-                 static_cast<long long>(count.plugin_references), count.example.c_str());
+                 static_cast<long long>(count.plugin_references), Shown(count.example).c_str());
   }
   return live.empty();
 }

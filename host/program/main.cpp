@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <stdexcept>
@@ -11,6 +12,7 @@
 
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
+#include "host/core/messages.h"
 #include "host/host/final_status.h"
 #include "host/lua/lua_plugin.h"
 #include "host/lua/script.h"
@@ -38,7 +40,7 @@ bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::Program
     succeeded = script.RunFile("");
   }
   std::fflush(stdout);
-  if (!succeeded) std::fprintf(stderr, "gifhost: %s\n", script.error().c_str());
+  if (!succeeded) host::Complain(script.error(), "\n\t");
   return succeeded;
 }
 
@@ -65,11 +67,12 @@ int Run(const host::ProgramOptions& options) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  std::signal(SIGXFSZ, SIG_IGN);  // a file that grows too long is refused like any other
   host::ProgramOptions options;
   try {
     options = host::ParseOptions(std::vector<std::string>(argv + 1, argv + argc));
   } catch (const std::invalid_argument& error) {
-    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    host::Complain(error.what());
     return host::kExitUsage;
   }
   if (options.help || options.version) {
@@ -79,10 +82,10 @@ int main(int argc, char** argv) {
   try {
     return Run(options);
   } catch (const std::invalid_argument& error) {
-    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    host::Complain(error.what());
     return host::kExitUsage;
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "gifhost: %s\n", error.what());
+    host::Complain(error.what());
     return host::kExitFailed;
   }
 }

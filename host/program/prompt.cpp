@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "host/core/heap.h"
+#include "host/core/messages.h"
 #include "host/core/text.h"
 #include "host/host/dispatch.h"
 #include "host/lua/lua_error.h"
@@ -195,7 +196,7 @@ void RunPrompt(Script& script) {
       lua_insert(lua, 2);
       succeeded = lua_pcall(lua, lua_gettop(lua) - 2, 0, 1) == LUA_OK;
     }
-    if (!succeeded) std::fprintf(stderr, "%s\n", ErrorText(lua, -1).c_str());
+    if (!succeeded) std::fprintf(stderr, "%s\n", Shown(ErrorText(lua, -1), "\n\t").c_str());
   }
   std::printf("\n");
   lua_settop(lua, 0);

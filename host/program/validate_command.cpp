@@ -22,6 +22,7 @@
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
 #include "host/core/json.h"
+#include "host/core/messages.h"
 #include "host/core/text.h"
 #include "host/host/final_status.h"
 #include "host/program/commands.h"
@@ -105,7 +106,7 @@ int RunCase(const Case& checked, const Trial& trial) {
     checked.run(host, trial);
     return FinalStatus(host, kExitSuccess);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "%s\n", error.what());
+    std::fprintf(stderr, "%s\n", Shown(error.what()).c_str());
     return kExitFailed;
   }
 }

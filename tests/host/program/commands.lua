@@ -1,10 +1,10 @@
 -- The host: its commands that show what is registered, what it says of mistakes in scripts, and that it finds each rule
--- that a plugin breaks. Arguments: the host's program, the sample plugin.
+-- that a plugin breaks. Arguments: the host's program, the sample plugin, a folder.
 
 local t = dofile((arg[0]:gsub("[^/]*$", "../../support/support.lua")))
 
 local function run(command)
-  local pipe = assert(io.popen(('"%s" %s 2>&1'):format(arg[1], command)))
+  local pipe = assert(io.popen(('ulimit -f 100; exec 2>&1; "%s" %s'):format(arg[1], command)))
   local output = pipe:read("a")
   local _, _, status = pipe:close()
   return output, status
@@ -84,6 +84,10 @@ block[1] = 98
 assert(#block == 3 and block[0] == 97 and block:String() == "abc" and block:String(1, 1) == "b")
 assert(MemoryBlock(5).Size == 5 and LenB("h\u{E9}") == 3 and not pcall(function() return block[3] end))
 
+-- A program that is stopped for what its plugin did leaves no unfinished files.
+t.expect("stopped", select(2, run(("--plugin '%s' -e 'file = OutputFile([[%s/stopped]]) file:Write([[x]]) Bag():Break(1)'"):format(arg[2], arg[3]))), 70)
+t.expect("litter", io.popen("ls -A " .. arg[3] .. " | grep -c part$"):read("n"), 0)
+
 -- Rules broken by the sample plugin: code, status, what is said
 for _, row in ipairs {
   { "local b = WideBag() assert(b.WIDTH == 80) b.width = 5 assert(b.Width == 5 and WideBag(1).Width == 1)", 0, "" },
@@ -124,6 +128,12 @@ for _, row in ipairs {
   { "validate --only nil", 0, "1 case, 0 failed" },
   { "validate --only nil --json", 0, '[{"case":"nil","passed":true,"failure":null,"output":""}]' },
   { ("--plugin '%s' validate --failed --only properties --only nil"):format(arg[2]), 1, "FAIL  nil: left" },
+  -- Nothing that a terminal would obey, and the system's reason
+  { "'no\27[2J\u{9B}\xFF.lua'", 1, "cannot open no\\x1B[2J\\u{9B}\\xFF.lua: No such file or directory" },
+  { "--plugin '/no\27[2J' -e 'GIFZKV()'", 1, "/no\\x1B[2J: cannot open" },
+  { "-e 'error[[no\27[2J]]'", 1, "no\\x1B[2J" },
+  { "-e 'print(1)' >/dev/full", 1, "output cannot be written: No space left on device" },
+  { ("-e 'for i = 1, 1e5 do print(i) end' >%s/full"):format(arg[3]), 1, "output cannot be written: File too large" },
 } do
   local output, status = run(row[1])
   t.expect(row[1] .. ": " .. output, status, row[2])
