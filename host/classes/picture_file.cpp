@@ -161,9 +161,8 @@ void LoadPng(Host& host, Picture& picture, const std::string& path) {
     uint32_t all = 0;
     for (int x = 0; x < picture.width(); ++x) {
       const auto at = static_cast<size_t>(x);
-      colors[at] = static_cast<uint32_t>(gdImageTrueColor(image.get())
-                                             ? image->tpixels[y][x]
-                                             : gd::ImageGetTrueColorPixel(image.get(), x, y));
+      colors[at] = static_cast<uint32_t>(
+          gdImageTrueColor(image.get()) ? image->tpixels[y][x] : gd::ImageGetTrueColorPixel(image.get(), x, y));
       all |= colors[at];
     }
     picture.pixels().Write(0, y, colors);

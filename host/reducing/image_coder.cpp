@@ -112,11 +112,12 @@ std::vector<uint8_t> PixelsOf(const Choices& choices, int code_size, Way way) {
 // Bands of rows from all over a large image.
 Choices SampleOf(const Choices& choices, size_t width) {
   constexpr size_t kRows = 8;
-  constexpr size_t kOneOf = 8;
+  constexpr size_t kEnough = 20000;
+  const size_t one_of = std::max<size_t>(choices.own.size() / kEnough, 4);
   Choices sample;
   sample.transparent = choices.transparent;
   const size_t band = width * kRows;
-  for (size_t from = 0; from < choices.own.size(); from += band * kOneOf) {
+  for (size_t from = 0; from < choices.own.size(); from += band * one_of) {
     const auto begin = static_cast<ptrdiff_t>(from);
     const auto end = static_cast<ptrdiff_t>(std::min(from + band, choices.own.size()));
     sample.own.insert(sample.own.end(), choices.own.begin() + begin, choices.own.begin() + end);

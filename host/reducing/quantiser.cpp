@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstring>
 
 #include "host/reducing/canvas.h"
+#include "host/reducing/lanes.h"
 
 namespace host {
 namespace {
@@ -127,16 +127,6 @@ std::vector<uint32_t> Cut(std::vector<Point>& points, size_t most) {
   return colors;
 }
 
-// Four numbers at once.
-using Lanes = float __attribute__((vector_size(16)));
-using LaneMasks = int32_t __attribute__((vector_size(16)));
-constexpr size_t kLanes = 4;
-Lanes LanesAt(const float* at) {
-  Lanes lanes;
-  std::memcpy(&lanes, at, sizeof lanes);
-  return lanes;
-}
-
 // Gives each point to the nearest colour and moves each colour to the mean of its points, again and again. How far
 // the second nearest colour is at least, by how far colours have moved since it was seen, spares most searches.
 class Settling {
@@ -172,19 +162,19 @@ class Settling {
   }
 
   void Search(const Point& point, State& state) const {
-    const Lanes red = Lanes{} + point.at[0];
-    const Lanes green = Lanes{} + point.at[1];
-    const Lanes blue = Lanes{} + point.at[2];
-    Lanes least = Lanes{} + 4 * kFarAway * kFarAway;
+    const Lanes red = LanesOf(point.at[0]);
+    const Lanes green = LanesOf(point.at[1]);
+    const Lanes blue = LanesOf(point.at[2]);
+    Lanes least = LanesOf(4 * kFarAway * kFarAway);
     Lanes second = least;
-    LaneMasks place{};
-    LaneMasks now{};
+    LaneNumbers place{};
+    LaneNumbers now{};
     for (size_t i = 0; i < count_; i += kLanes, now += static_cast<int32_t>(kLanes)) {
       const Lanes r = LanesAt(&lines_[0][i]) - red;
       const Lanes g = LanesAt(&lines_[1][i]) - green;
       const Lanes b = LanesAt(&lines_[2][i]) - blue;
       const Lanes d = r * r + g * g + b * b;
-      const LaneMasks nearer = d < least;
+      const LaneNumbers nearer = d < least;
       const Lanes beaten = nearer ? least : d;
       second = beaten < second ? beaten : second;
       least = nearer ? d : least;
@@ -273,11 +263,21 @@ void Quantiser::AddToCell(uint32_t rgb, uint32_t times) {
 }
 
 void Quantiser::AddRow(const uint32_t* colors, size_t count) {
-  for (size_t i = 0; i < count;) {
+  size_t i = 0;
+  while (i < count && !folded_) {
     size_t end = i + 1;
     while (end < count && colors[end] == colors[i]) ++end;
     if (colors[i] != kClear) Add(colors[i], static_cast<uint32_t>(end - i));
     i = end;
+  }
+  if (i < count) AddSome(colors + i, count - i);
+}
+
+// Of so many pixels two in five tell enough, taken without a pattern that pictures may have, too.
+void Quantiser::AddSome(const uint32_t* colors, size_t count) {
+  for (size_t i = random_ >> 30; i < count; i += 1 + (random_ >> 30)) {
+    random_ = random_ * 1664525 + 1013904223;
+    if (colors[i] != kClear) AddToCell(colors[i], 1);
   }
 }
 
