@@ -288,7 +288,11 @@ local function edit(path, output, only_new)
   if options.optimise or options.lossy then
     local smaller, reason = optimising.smaller(document, options.lossy)
     if not smaller then command.fail(path .. ": cannot be optimised: " .. reason) end
-    document, is_edited = smaller, true
+    if smaller == document then
+      remarks[#remarks + 1] = "it takes no fewer bytes in any other way that was tried: images stay as they are"
+    else
+      document, is_edited = smaller, true
+    end
   end
   local saved, problem = files.save_gif(is_edited and document:build() or document.gif, output, only_new)
   if not saved then return nil, problem end
@@ -300,7 +304,7 @@ local function edit_one(path, output)
   if not done then command.fail(why) end
   print(("%s -> %s"):format(text.shown(path), text.shown(output)))
   print_changes(done.before, summary(done.document))
-  if not done.is_edited then print("  nothing changed; --help tells what can be") end
+  if not done.is_edited and #done.remarks == 0 then print("  nothing changed; --help tells what can be") end
   for _, remark in ipairs(done.remarks) do print("  note: " .. remark) end
   print(("  %s read back as they were made"):format(text.count(#done.document.frames, "frame")))
 end

@@ -155,15 +155,22 @@ void LoadPng(Host& host, Picture& picture, const std::string& path) {
   if (!picture.Create(host.options(), gdImageSX(image.get()), gdImageSY(image.get()))) {
     Fail("the picture is too large");
   }
+  std::vector<uint32_t> colors(static_cast<size_t>(picture.width()));
+  std::vector<uint32_t> mask(colors.size());
   for (int y = 0; y < picture.height(); ++y) {
+    uint32_t all = 0;
     for (int x = 0; x < picture.width(); ++x) {
-      const auto pixel = static_cast<uint32_t>(gd::ImageGetTrueColorPixel(image.get(), x, y));
-      picture.pixels().Set(x, y, pixel & 0xFFFFFF);
-      const uint32_t transparency = ((pixel >> 24) * 255 + kGdTransparent / 2) / kGdTransparent;
-      if (transparency != 0 && picture.MakeMask(host)) {
-        picture.mask()->pixels().Set(x, y, transparency * 0x010101);
-      }
+      const auto at = static_cast<size_t>(x);
+      colors[at] = static_cast<uint32_t>(
+          gdImageTrueColor(image.get()) ? image->tpixels[y][x] : gd::ImageGetTrueColorPixel(image.get(), x, y));
+      all |= colors[at];
     }
+    picture.pixels().Write(0, y, colors);
+    if (all >> 24 == 0 || !picture.MakeMask(host)) continue;
+    for (size_t x = 0; x < mask.size(); ++x) {
+      mask[x] = ((colors[x] >> 24) * 255 + kGdTransparent / 2) / kGdTransparent * 0x010101;
+    }
+    picture.mask()->pixels().Write(0, y, mask);
   }
 }
 

@@ -75,13 +75,18 @@ class Reducer {
 
   void Order() {
     const int spread = Spacing();
+    std::array<int, 64> added;
+    for (size_t i = 0; i < added.size(); ++i) added[i] = Threshold(i % 8, i / 8) * spread / 64;
+    const auto row_length = static_cast<size_t>(wanted_.width);
+    const auto left = static_cast<size_t>(now_.place.left);
     ForEachRow([&](size_t row) {
-      for (size_t at = row; at < row + width(); ++at) {
+      const int* const thresholds = &added[row / row_length % 8 * 8];
+      for (size_t x = 0; x < width(); ++x) {
+        const size_t at = row + x;
         const uint32_t source = Source(at);
         if (Stays(at, source)) continue;
-        const int added =
-            Threshold(at % static_cast<size_t>(wanted_.width), at / static_cast<size_t>(wanted_.width)) * spread / 64;
-        wanted_.pixels[at] = Find(Clamped(source, {added, added, added}));
+        const int threshold = thresholds[(left + x) % 8];
+        wanted_.pixels[at] = Find(Clamped(source, {threshold, threshold, threshold}));
       }
     });
   }

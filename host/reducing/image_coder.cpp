@@ -50,13 +50,13 @@ int ChooseTransparent(const Use& use, size_t colors, int depth) {
   return best;
 }
 
-// The pixels' choices with that table. `free` counts those that may be transparent.
-Choices ChoicesOf(const Task& task, const Table& table, size_t& free) {
+// The pixels' choices with that table.
+Choices ChoicesOf(const Task& task, const Table& table) {
   Choices choices;
   choices.own.resize(task.place.size());
   choices.free.resize(task.place.size());
   Use use;
-  free = 0;
+  size_t free = 0;
   uint32_t last = kClear;
   int index = Table::kNone;
   ForEachPlace(task.place, task.wanted->width, [&](size_t at, size_t from) {
@@ -75,7 +75,6 @@ Choices ChoicesOf(const Task& task, const Table& table, size_t& free) {
   choices.transparent = ChooseTransparent(use, table.colors().size(), table.depth());
   if (choices.transparent < 0) {
     std::fill(choices.free.begin(), choices.free.end(), 0);
-    free = 0;
     return choices;
   }
   const auto taken = static_cast<size_t>(choices.transparent);
@@ -89,8 +88,6 @@ Choices ChoicesOf(const Task& task, const Table& table, size_t& free) {
 
 // The ways to make use of choices, by what they cost.
 enum class Way { kNone, kRuns1, kRuns8, kRuns16, kRuns24, kOldest, kNewest };
-constexpr Way kWays[] = {Way::kNone,   Way::kRuns1,  Way::kRuns8, Way::kRuns16,
-                         Way::kRuns24, Way::kOldest, Way::kNewest};
 
 std::vector<uint8_t> PixelsOf(const Choices& choices, int code_size, Way way) {
   switch (way) {
@@ -115,11 +112,12 @@ std::vector<uint8_t> PixelsOf(const Choices& choices, int code_size, Way way) {
 // Bands of rows from all over a large image.
 Choices SampleOf(const Choices& choices, size_t width) {
   constexpr size_t kRows = 8;
-  constexpr size_t kOneOf = 8;
+  constexpr size_t kEnough = 20000;
+  const size_t one_of = std::max<size_t>(choices.own.size() / kEnough, 4);
   Choices sample;
   sample.transparent = choices.transparent;
   const size_t band = width * kRows;
-  for (size_t from = 0; from < choices.own.size(); from += band * kOneOf) {
+  for (size_t from = 0; from < choices.own.size(); from += band * one_of) {
     const auto begin = static_cast<ptrdiff_t>(from);
     const auto end = static_cast<ptrdiff_t>(std::min(from + band, choices.own.size()));
     sample.own.insert(sample.own.end(), choices.own.begin() + begin, choices.own.begin() + end);
@@ -128,19 +126,43 @@ Choices SampleOf(const Choices& choices, size_t width) {
   return sample;
 }
 
+// The ways that may differ in what they give.
+std::vector<Way> DifferentWays(const Choices& choices) {
+  size_t longest = 0;
+  size_t free = 0;
+  int16_t last_index = 0;
+  bool needs_transparent = false;
+  for (size_t i = 0; i < choices.own.size(); ++i) {
+    free = choices.free[i] != 0 ? free + 1 : 0;
+    longest = std::max(longest, free);
+    last_index = std::max(last_index, choices.own[i]);
+    needs_transparent = needs_transparent || choices.own[i] == Choices::kNoIndex;
+  }
+  if (longest == 0) return {Way::kNone};
+  std::vector<Way> ways;
+  if (!needs_transparent) ways.push_back(Way::kNone);
+  ways.push_back(Way::kRuns1);
+  if (needs_transparent || longest >= 8) ways.push_back(Way::kRuns8);
+  if (longest >= 16) ways.push_back(Way::kRuns16);
+  if (longest >= 24) ways.push_back(Way::kRuns24);
+  // Among strings of one pixel the oldest is that of the lowest index: as long as none has begun with the
+  // transparent one, none does.
+  if (needs_transparent || choices.transparent < last_index) ways.push_back(Way::kOldest);
+  ways.push_back(Way::kNewest);
+  return ways;
+}
+
 // The ways worth trying: of a large image those that are among the best on a sample of it.
-std::vector<Way> WaysFor(const Choices& choices, size_t width, int code_size, size_t free) {
+std::vector<Way> WaysFor(const Choices& choices, size_t width, int code_size) {
   constexpr size_t kLarge = 50000;
   constexpr double kClose = 1.01;
-  const bool needs_transparent =
-      std::find(choices.own.begin(), choices.own.end(), Choices::kNoIndex) != choices.own.end();
-  if (free == 0) return {Way::kNone};
-  std::vector<Way> ways(std::begin(kWays) + (needs_transparent ? 1 : 0), std::end(kWays));
-  if (choices.own.size() < kLarge) return ways;
+  std::vector<Way> ways = DifferentWays(choices);
+  if (ways.size() == 1 || choices.own.size() < kLarge) return ways;
   const Choices sample = SampleOf(choices, width);
   std::vector<int64_t> bytes;
   for (const Way way : ways) bytes.push_back(CountBytes(PixelsOf(sample, code_size, way), code_size));
-  const auto most = static_cast<int64_t>(static_cast<double>(*std::min_element(bytes.begin(), bytes.end())) * kClose);
+  const auto least = std::min_element(bytes.begin(), bytes.end());
+  const auto most = static_cast<int64_t>(static_cast<double>(*least) * kClose);
   std::vector<Way> best;
   for (size_t i = 0; i < ways.size(); ++i) {
     if (bytes[i] <= most) best.push_back(ways[i]);
@@ -148,7 +170,7 @@ std::vector<Way> WaysFor(const Choices& choices, size_t width, int code_size, si
   // Where all are close there is little to gain.
   constexpr size_t kMostTried = 3;
   if (best.size() <= kMostTried) return best;
-  return {ways[static_cast<size_t>(std::min_element(bytes.begin(), bytes.end()) - bytes.begin())]};
+  return {ways[static_cast<size_t>(least - bytes.begin())]};
 }
 
 NearChoices NearChoicesOf(const Task& task, const Table& table, const Choices& choices,
@@ -235,27 +257,35 @@ std::vector<uint32_t> ColorCounts::MostFrequentFirst() const {
   return colors;
 }
 
+namespace {
+
+// Takes the pixels when they take fewer bytes.
+void TakeSmaller(std::vector<uint8_t> pixels, int code_size, StoredImage& image) {
+  const int64_t bytes = CountBytes(pixels, code_size, image.bytes);
+  if (bytes >= image.bytes) return;
+  image.bytes = bytes;
+  image.pixels = std::move(pixels);
+}
+
+int CodeSizeOf(const Table& table) { return std::max(table.depth(), kLeastCodeSize); }
+
+}  // namespace
+
 StoredImage CodeImage(const Task& task, const Table& table) {
-  size_t free = 0;
-  const Choices choices = ChoicesOf(task, table, free);
-  const int code_size = std::max(table.depth(), kLeastCodeSize);
+  const Choices choices = ChoicesOf(task, table);
+  const int code_size = CodeSizeOf(table);
   StoredImage image;
   image.place = task.place;
-  image.bytes = INT64_MAX;
-  for (const Way way : WaysFor(choices, static_cast<size_t>(task.place.width()), code_size, free)) {
-    std::vector<uint8_t> pixels = PixelsOf(choices, code_size, way);
-    const int64_t bytes = CountBytes(pixels, code_size, image.bytes);
-    if (bytes >= image.bytes) continue;
-    image.bytes = bytes;
-    image.pixels = std::move(pixels);
+  const std::vector<Way> ways = WaysFor(choices, static_cast<size_t>(task.place.width()), code_size);
+  if (ways.size() == 1 && task.tolerance == 0) {
+    image.pixels = PixelsOf(choices, code_size, ways[0]);
+    image.bytes = StoredImage::kNotCounted;
+  } else {
+    image.bytes = INT64_MAX;
+    for (const Way way : ways) TakeSmaller(PixelsOf(choices, code_size, way), code_size, image);
   }
   if (task.tolerance > 0) {
-    std::vector<uint8_t> near = MatchNearStrings(NearChoicesOf(task, table, choices, image.pixels), code_size);
-    const int64_t bytes = CountBytes(near, code_size, image.bytes);
-    if (bytes < image.bytes) {
-      image.bytes = bytes;
-      image.pixels = std::move(near);
-    }
+    TakeSmaller(MatchNearStrings(NearChoicesOf(task, table, choices, image.pixels), code_size), code_size, image);
   }
   if (choices.transparent >= 0 &&
       std::find(image.pixels.begin(), image.pixels.end(), choices.transparent) != image.pixels.end()) {
@@ -286,24 +316,26 @@ bool ColorsOf(const Task& task, size_t most, std::vector<uint32_t>& needed, std:
 
 StoredImage CodeSmallest(const Task& task, const Table& table) {
   StoredImage image = CodeImage(task, table);
-  // A table of its own costs 3 bytes an entry and saves less than a bit for each byte of data.
-  constexpr int64_t kLeastTable = 6;
-  if (image.bytes < 2 * kLeastTable || task.tolerance > 0) return image;
+  if (task.tolerance > 0) return image;
   std::vector<uint32_t> needed;
   std::vector<uint32_t> others;
   const size_t most = (size_t{1} << (table.depth() - 1)) - 1;
   if (!ColorsOf(task, most, needed, others)) return image;
   const int depth = DepthFor(needed.size() + 1);
+  // That costs 3 bytes an entry and saves less than a bit for each byte of data.
   const int64_t table_bytes = int64_t{3} << depth;
+  if (image.bytes == StoredImage::kNotCounted) image.bytes = CountBytes(image.pixels, CodeSizeOf(table));
   if (table_bytes * 3 > image.bytes) return image;
   std::vector<uint32_t> colors = needed;
   for (size_t i = 0; i < others.size() && colors.size() + 1 < size_t{1} << depth; ++i) {
     if (std::find(needed.begin(), needed.end(), others[i]) == needed.end()) colors.push_back(others[i]);
   }
-  StoredImage own = CodeImage(task, Table(colors));
+  const Table own_table(colors);
+  StoredImage own = CodeImage(task, own_table);
+  if (own.bytes == StoredImage::kNotCounted) own.bytes = CountBytes(own.pixels, CodeSizeOf(own_table));
   own.bytes += table_bytes;
   if (own.bytes >= image.bytes) return image;
-  own.own_table = Table(colors);
+  own.own_table = own_table;
   return own;
 }
 

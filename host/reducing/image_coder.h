@@ -54,7 +54,8 @@ struct StoredImage {
   int transparent = -1;  // the index that shows what is below; none when negative
   int disposal = 1;      // GIF89a, section 23
   Table own_table;       // without colours where that of all images serves
-  int64_t bytes = 0;     // of its data and its table
+  static constexpr int64_t kNotCounted = -1;
+  int64_t bytes = 0;  // of its data and its table, where there was something to compare
 };
 
 // What an image has to do: what is shown before it, and what after.

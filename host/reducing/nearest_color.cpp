@@ -57,15 +57,13 @@ int NearestColor::Search(uint32_t rgb) {
   if (colors_.empty()) return 0;
   Cell& cell = cells_[CellOf(rgb)];
   if (cell.count == 0) Fill(cell, rgb);
-  const uint32_t* at = found_.data() + cell.begin;
-  const uint32_t* const end = at + cell.count;
-  uint32_t best = *at;
-  for (int distance = Distance(*at, rgb); ++at < end;) {
-    const int d = Distance(*at, rgb);
-    best = d < distance ? *at : best;
-    distance = std::min(d, distance);
+  // Distances with indexes below them: their order is a matter of chance, which branches would not take well.
+  uint32_t least = UINT32_MAX;
+  for (uint32_t i = cell.begin; i < cell.begin + cell.count; ++i) {
+    const uint32_t color = found_[i];
+    least = std::min(least, static_cast<uint32_t>(Distance(color, rgb)) << 8 | color >> kIndexShift);
   }
-  return static_cast<int>(best >> kIndexShift);
+  return static_cast<int>(least & 0xFF);
 }
 
 }  // namespace host

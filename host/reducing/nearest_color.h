@@ -24,7 +24,7 @@ class NearestColor {
     uint32_t begin = 0;
     uint32_t count = 0;  // 0: not asked for yet
   };
-  static constexpr int kKnownBits = 15;
+  static constexpr int kKnownBits = 12;
   void Fill(Cell& cell, uint32_t rgb);
   int Search(uint32_t rgb);
 

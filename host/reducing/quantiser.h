@@ -36,12 +36,14 @@ class Quantiser {
     uint32_t blue = 0;
   };
 
+  void AddSome(const uint32_t* colors, size_t count);
   void AddToCell(uint32_t rgb, uint32_t times);
   void Fold();
   // Each colour for itself, until they are too many: then those of a cell of the cube together.
   std::vector<Seen> seen_;
   std::vector<uint32_t> slots_;  // a hash table of places in seen_, plus one
   bool folded_ = false;
+  uint32_t random_ = 1;
   std::vector<Cell> cells_;
   std::vector<uint32_t> used_;  // cells, in order of appearance
 };

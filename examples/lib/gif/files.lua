@@ -105,6 +105,15 @@ function files.save_gif(gif, path, only_new)
   end, only_new)
 end
 
+-- How many bytes a document takes.
+function files.saved_size(gif)
+  local file = OutputFile()
+  FolderItem(file.Path):SaveAsGIFZKV(gif)
+  local facts = host.stat(file.Path)
+  file:Discard()
+  return facts.size
+end
+
 -- Saves a picture as PNG; nil and the reason.
 function files.save_png(picture, path)
   local saved, problem = pcall(picture.SavePNG, picture, path)

@@ -3,7 +3,7 @@
 -- images that show it again from few bytes.
 
 local building, document, extensions = require "gif.building", require "gif.document", require "gif.extensions"
-local progress = require "gif.progress"
+local files, progress = require "gif.files", require "gif.progress"
 
 local optimising = {}
 
@@ -125,19 +125,20 @@ function optimising.optimised(blocks, screen, tolerance)
   return result
 end
 
--- A document that shows what the given one does, from fewer bytes; nil and the reason. tolerance as above.
+-- A document that shows what the given one does, from fewer bytes; the given one itself where that takes no more; nil and
+-- the reason. tolerance as above.
 ---@param of Document
 ---@return Document?
 ---@return string? why
 function optimising.smaller(of, tolerance)
   local gif, list = of:build(), {}
   for _, block in pairs(gif) do list[#list + 1] = block end
-  local blocks, why = optimising.optimised(list, gif.Screen, tolerance)
+  local result, screen = GIFZKV(), gif.Screen:Clone()
+  local blocks, why = optimising.optimised(list, screen, tolerance)
   if not blocks then return nil, why end
-  local result = GIFZKV()
-  result.Screen, result.Header = gif.Screen, "GIF89a" -- its graphic controls are extensions
+  result.Screen, result.Header = screen, "GIF89a" -- its graphic controls are extensions
   for _, block in ipairs(blocks) do result:Add(block) end
-  return document.read(result)
+  return files.saved_size(result) < files.saved_size(gif) and document.read(result) or of
 end
 
 return optimising
