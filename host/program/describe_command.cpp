@@ -6,9 +6,9 @@
 
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
-#include "host/core/json.h"
 #include "host/core/text.h"
 #include "host/program/commands.h"
+#include "host/program/json.h"
 #include "host/program/listing.h"
 #include "host/program/plugin_file.h"
 

@@ -21,11 +21,11 @@
 
 #include "host/classes/full_host.h"
 #include "host/core/exit_status.h"
-#include "host/core/json.h"
 #include "host/core/messages.h"
 #include "host/core/text.h"
 #include "host/host/final_status.h"
 #include "host/program/commands.h"
+#include "host/program/json.h"
 #include "host/program/plugin_file.h"
 #include "host/program/validate_cases.h"
 

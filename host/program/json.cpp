@@ -1,4 +1,4 @@
-#include "host/core/json.h"
+#include "host/program/json.h"
 
 #include <array>
 #include <cstdio>
