@@ -38,12 +38,6 @@ static Entry LoadEntry(const char* file) {
   HMODULE library = LoadLibraryA(file);
   return library ? (Entry)(void*)GetProcAddress(library, "REALPluginMain") : NULL;
 }
-
-static bool IsThere(const char* path) {
-  wchar_t wide[4096];
-  return MultiByteToWideChar(CP_UTF8, 0, path, -1, wide, 4096) > 0 &&
-         GetFileAttributesW(wide) != INVALID_FILE_ATTRIBUTES;
-}
 #else
 #include <dlfcn.h>
 #include <unistd.h>
@@ -53,8 +47,6 @@ static Entry LoadEntry(const char* file) {
   if (!library) fprintf(stderr, "%s\n", dlerror());
   return library ? (Entry)dlsym(library, "REALPluginMain") : NULL;
 }
-
-static inline bool IsThere(const char* path) { return access(path, F_OK) == 0; }
 #endif
 
 // `Refer` fills in the platform's reference to a file; false when nothing has that name. A context's bytes are alpha,
@@ -77,6 +69,16 @@ static void* NewContext(void* pixels, size_t width, size_t height) {
 
 static void FreeContext(void* context) { CGContextRelease(context); }
 #else
+static bool IsThere(const char* path) {
+#if defined(_WIN32)
+  wchar_t wide[4096];
+  return MultiByteToWideChar(CP_UTF8, 0, path, -1, wide, 4096) > 0 &&
+         GetFileAttributesW(wide) != INVALID_FILE_ATTRIBUTES;
+#else
+  return access(path, F_OK) == 0;
+#endif
+}
+
 static bool Refer(const char* path, FSRef* reference) {
   if (strlen(path) >= sizeof reference->path) return false;
   strcpy(reference->path, path);
