@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "bridge/host_reference.h"
-#include "platform/core_foundation.h"
+#include "platform/frameworks.h"
 #include "platform/files.h"
 
 namespace {
