@@ -5,7 +5,7 @@ set(header_folder ${CMAKE_INSTALL_INCLUDEDIR}/${GIF_PACKAGE})
 install(TARGETS gif_plugin gif_plugin_tolerant COMPONENT plugin
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE} RUNTIME DESTINATION ${CMAKE_INSTALL_LIBDIR}/${GIF_PACKAGE})
 install(FILES bridge/gif_plugin_host.h DESTINATION ${header_folder} COMPONENT plugin)
-install(FILES platform/host_platform.h platform/macos.h DESTINATION ${header_folder}/platform COMPONENT plugin)
+install(FILES platform/host_platform.h platform/frameworks.h DESTINATION ${header_folder}/platform COMPONENT plugin)
 install(PROGRAMS examples/host/host.py DESTINATION ${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE}/host COMPONENT plugin)
 install(FILES examples/host/host.c DESTINATION ${CMAKE_INSTALL_DATADIR}/${GIF_PACKAGE}/host COMPONENT plugin)
 

@@ -8,8 +8,8 @@
 #include <utility>
 
 #include "bridge/host_reference.h"
-#include "platform/core_foundation.h"
 #include "platform/files.h"
+#include "platform/frameworks.h"
 
 namespace {
 

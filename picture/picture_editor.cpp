@@ -6,7 +6,7 @@
 
 #include "bridge/host_reference.h"
 #include "picture/row_renderer.h"
-#include "platform/core_graphics.h"
+#include "platform/frameworks.h"
 
 std::atomic<bool> IsDesktop = false;
 std::atomic<bool> IsConsole = false;

@@ -1,10 +1,10 @@
-#include "platform/core_foundation.h"
-
 #include <cstring>
 #include <exception>
 #include <optional>
 #include <string>
 
+#include "platform/frameworks.h"
+#include "platform/host_platform.h"
 #include "platform/names.h"
 
 struct CFText {
@@ -28,12 +28,13 @@ CFText* OrNull(Make make) {
 }  // namespace
 
 CFTypeRef CFRetain(CFTypeRef object) {
-  ++object->references;
+  ++static_cast<CFStringRef>(object)->references;
   return object;
 }
 
 void CFRelease(CFTypeRef object) {
-  if (--object->references == 0) delete object;
+  const auto* text = static_cast<CFStringRef>(object);
+  if (--text->references == 0) delete text;
 }
 
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef, const UniChar* units, CFIndex count) {

@@ -8,16 +8,8 @@
 #include <stdint.h>
 
 #if defined(__APPLE__)
-#include "platform/macos.h"
+#include "platform/frameworks.h"
 #else
-
-// A file or folder: a NUL-terminated absolute path in UTF-8. On Windows it begins with a drive or two backslashes,
-// and either slash separates.
-typedef struct FSRef {
-  char path[4096];
-} FSRef;
-
-static_assert(sizeof(FSRef) == 4096, "file");
 
 // A bitmap in memory, which the host makes, fills in and frees.
 typedef struct CGContext {
@@ -30,6 +22,21 @@ typedef struct CGContext {
                           // 2, 4, 6: alpha, red, green, blue; the plugin writes to no others
 } CGContext;
 
+#endif
+
+#if !defined(GIF_SYSTEM_HAS_HEADERS)
+
+// A file or folder.
+typedef struct FSRef {
+#if defined(__APPLE__)
+  uint8_t hidden[80];
+#else
+  // A NUL-terminated absolute path in UTF-8. On Windows it begins with a drive or two backslashes, and either slash
+  // separates.
+  char path[4096];
+#endif
+} FSRef;
+
 // The last part of a path, in UTF-16 units.
 typedef struct HFSUniStr255 {
   uint16_t length;        // units in use, 1 to 255
@@ -38,4 +45,9 @@ typedef struct HFSUniStr255 {
 
 #endif
 
+#if defined(__APPLE__)
+static_assert(sizeof(FSRef) == 80, "file");
+#else
+static_assert(sizeof(FSRef) == 4096, "file");
+#endif
 static_assert(sizeof(HFSUniStr255) == 512, "name");

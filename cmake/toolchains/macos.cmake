@@ -1,4 +1,4 @@
-# The clang, headers and C++ library that tools/install-toolchains puts into build/toolchains, LLVM's linker, and our own
+# The clang, headers and C++ library that tools/install-toolchains keeps, LLVM's linker, and our own
 # lists of what the frameworks hold. On a Mac the other presets do, without any of this.
 set(CMAKE_SYSTEM_NAME Darwin)
 set(CMAKE_C_COMPILER ${CMAKE_CURRENT_LIST_DIR}/macos/${CMAKE_SYSTEM_PROCESSOR}-cc)

@@ -1,14 +1,16 @@
 // A little host for the GIF plugin, whole in one file: loads the plugin, offers what it needs, and does with each GIF
-// what scripts do: opens it, walks everything in it, renders pictures and masks, clones, saves, opens again. Prints a
-// line of facts and a checksum for each step; on every system the same.
+// what scripts do: opens it, looks at everything in it, makes pictures and masks, clones, saves, opens again. Prints
+// a line of facts and checksums for each step; on every system the same.
 //
-//   host [--console] [--save FILE] PLUGIN GIF...      a GIF @FILE stands for the names in FILE, one a line, in UTF-8
+//   host [--console] PLUGIN COPY.gif IN.gif...    COPY.gif is written and removed again
 //
-// Status 0 when all steps were done (a file that is no GIF counts as such), 1 when something stayed alive or a clone
-// or copy differs, 2 when the plugin cannot be loaded, 64 for wrong usage.
+// An IN.gif that is @FILE stands for the names in FILE, one a line, in UTF-8. Status 0 when all steps were done (a
+// file that is no GIF counts as such), 1 when something stayed alive, 2 when the plugin cannot be loaded, 64 for
+// wrong usage.
 //
 // No licence has been granted to anyone yet: all rights are reserved.
 
+#include <ctype.h>
 #include <inttypes.h>
 #include <stdbool.h>
 #include <stdio.h>
@@ -17,55 +19,117 @@
 
 #include "gif_plugin_host.h"
 
+static void* Memory(size_t size) {
+  void* made = calloc(1, size);
+  if (!made) abort();
+  return made;
+}
+
+// --- What systems have of their own: libraries, files, bitmap contexts ---
+
+typedef void (*Entry)(REALresolver);
+
 #if defined(_WIN32)
 #include <direct.h>
 #include <windows.h>
 #define getcwd _getcwd
+
+static Entry LoadEntry(const char* file) {
+  HMODULE library = LoadLibraryA(file);
+  return library ? (Entry)(void*)GetProcAddress(library, "REALPluginMain") : NULL;
+}
 #else
 #include <dlfcn.h>
-#include <sys/stat.h>
 #include <unistd.h>
+
+static Entry LoadEntry(const char* file) {
+  void* library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
+  if (!library) fprintf(stderr, "%s\n", dlerror());
+  return library ? (Entry)dlsym(library, "REALPluginMain") : NULL;
+}
 #endif
 
-// --- What handles point at
-// --------------------------------------------------------------------------------------------
+// `Refer` fills in the platform's reference to a file; false when nothing has that name. A context's bytes are alpha,
+// red, green, blue.
+#if defined(__APPLE__)
+static bool Refer(const char* path, FSRef* reference) {
+  CFURLRef url = CFURLCreateFromFileSystemRepresentation(NULL, (const uint8_t*)path, (CFIndex)strlen(path), false);
+  const bool found = url && CFURLGetFSRef(url, reference);
+  if (url) CFRelease(url);
+  return found;
+}
+
+static void* NewContext(void* pixels, size_t width, size_t height) {
+  CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
+  CGContextRef made =
+      CGBitmapContextCreate(pixels, width, height, 8, width * 4, space, kCGImageAlphaPremultipliedFirst);
+  CGColorSpaceRelease(space);
+  return made;
+}
+
+static void FreeContext(void* context) { CGContextRelease(context); }
+#else
+static bool IsThere(const char* path) {
+#if defined(_WIN32)
+  wchar_t wide[4096];
+  return MultiByteToWideChar(CP_UTF8, 0, path, -1, wide, 4096) > 0 &&
+         GetFileAttributesW(wide) != INVALID_FILE_ATTRIBUTES;
+#else
+  return access(path, F_OK) == 0;
+#endif
+}
+
+static bool Refer(const char* path, FSRef* reference) {
+  if (strlen(path) >= sizeof reference->path) return false;
+  strcpy(reference->path, path);
+  return IsThere(path);
+}
+
+static void* NewContext(void* pixels, size_t width, size_t height) {
+  CGContext* made = Memory(sizeof *made);
+  *made = (CGContext){pixels, width, height, width * 4, 32, 2};
+  return made;
+}
+
+static void FreeContext(void* context) { free(context); }
+#endif
+
+// --- What handles point at ---
 
 // One record for all kinds of handles. An instance of the plugin's classes has its data behind the record.
 typedef struct Object {
   int64_t references;
   REALclassDefinition* type;  // of an instance; else null
   char* bytes;                // of a string or MemoryBlock; a FolderItem's path; a picture's pixels, 4 bytes each
-  int64_t size;               // of a string or MemoryBlock
+  int64_t size;               // of `bytes`
   int32_t width, height;      // of a picture
-  struct Object* other;       // a picture's mask, a drawing surface's picture
   void* platform_object;      // of a picture
+  struct Object* mask;        // of a picture
 } Object;
 
-#define HANDLE(type, object) ((REAL##type##Struct*)(void*)(object))
-
-static int64_t alive, raised, faults;
+static const int64_t kMostPixels = 1 << 22;  // no larger pictures are made here, nor MemoryBlocks for more
+static int alive, raised, faults;
 static bool is_console;
 
-static Object* New(size_t data) {
-  Object* made = calloc(1, sizeof(Object) + data);
-  if (!made) abort();
+static Object* New(size_t instance_size) {
+  Object* made = Memory(sizeof(Object) + instance_size);
   made->references = 1;
   ++alive;
   return made;
 }
 
-static void Lock(Object* object) {
-  if (object) ++object->references;
+static Object* NewBytes(const void* bytes, int64_t size) {
+  Object* made = New(0);
+  made->size = size;
+  made->bytes = Memory((size_t)size + 1);
+  if (bytes) memcpy(made->bytes, bytes, (size_t)size);
+  return made;
 }
 
-#if defined(__APPLE__)
-static void FreePlatformObject(Object* picture) {
-  if (!is_console) CGContextRelease(picture->platform_object);
-  if (is_console) free(picture->platform_object);
+static Object* Lock(Object* object) {
+  if (object) ++object->references;
+  return object;
 }
-#else
-static void FreePlatformObject(Object* picture) { free(picture->platform_object); }
-#endif
 
 static void Unlock(Object* object) {
   if (!object || --object->references > 0) return;
@@ -73,46 +137,38 @@ static void Unlock(Object* object) {
     object->references = 1;  // it may still be looked at
     ((void (*)(Object*))object->type->destructor)(object);
   }
-  Unlock(object->other);
-  if (object->platform_object) FreePlatformObject(object);
+  Unlock(object->mask);
+  if (object->platform_object && !is_console) FreeContext(object->platform_object);
+  if (is_console) free(object->platform_object);
   free(object->bytes);
   free(object);
   --alive;
 }
 
-static Object* NewBytes(const void* bytes, int64_t size) {
-  Object* made = New(0);
-  made->size = size;
-  made->bytes = calloc((size_t)size + 1, 1);
-  if (!made->bytes) abort();
-  if (bytes) memcpy(made->bytes, bytes, (size_t)size);
-  return made;
-}
+// --- What the plugin registers ---
 
-// --- What the plugin registers
-// ----------------------------------------------------------------------------------------
+enum { kMost = 16 };
+static REALclassDefinition* classes[kMost];
+static REALmethodDefinition* methods[kMost];  // of FolderItem, and global ones
+static int class_count, method_count;
 
-static REALclassDefinition* classes[16];
-static REALmethodDefinition* methods[16];  // of FolderItem, and global ones
-static size_t class_count, method_count;
-
-static void RegisterClass_(REALclassDefinition* definition) {
+static void TakeClass(REALclassDefinition* definition) {
   definition->instance_offset = sizeof(Object);
-  if (class_count < 16) classes[class_count++] = definition;
+  if (class_count < kMost) classes[class_count++] = definition;
 }
 
-static void RegisterMethod(REALmethodDefinition* method) {
-  if (method_count < 16) methods[method_count++] = method;
+static void TakeMethod(REALmethodDefinition* method) {
+  if (method_count < kMost) methods[method_count++] = method;
 }
 
-static void RegisterClassExtension(REALclassDefinition* definition) {
-  for (int64_t i = 0; i < definition->method_count; ++i) RegisterMethod(&definition->methods[i]);
+static void TakeExtension(REALclassDefinition* definition) {
+  for (int64_t i = 0; i < definition->method_count; ++i) TakeMethod(&definition->methods[i]);
 }
 
 static double HostVersion(void) { return 3000.0; }  // methods come one by one, not in modules
 
 static Object* NewInstance(const char* name) {
-  for (size_t i = 0; i < class_count; ++i) {
+  for (int i = 0; i < class_count; ++i) {
     if (strcmp(classes[i]->name, name) != 0) continue;
     Object* made = New((size_t)classes[i]->instance_size);
     made->type = classes[i];
@@ -121,33 +177,24 @@ static Object* NewInstance(const char* name) {
   return New(0);  // an exception
 }
 
-static void Raise(Object* exception) {  // the plugin keeps its reference, and gives it back itself
-  (void)exception;
-  ++raised;
-}
+static void Raise(Object* exception) { ++raised, (void)exception; }  // the plugin gives its reference back itself
 
-// --- Strings, MemoryBlocks, files
-// -------------------------------------------------------------------------------------
+// --- Strings, MemoryBlocks, files ---
 
 static char* Bytes(Object* object) { return object->bytes; }
 static int64_t Size(Object* object) { return object->size; }
 static Object* BuildString(const char* bytes, int32_t length) { return NewBytes(bytes, length); }
-static Object* NewMemoryBlock(int32_t size) { return size < 0 ? NULL : NewBytes(NULL, size); }
-static void SetEncoding(Object* string, uint32_t encoding) { (void)string, (void)encoding; }
-
-static Object* Converted(Object* string, uint32_t encoding) {
-  (void)encoding;
-  Lock(string);
-  return string;
+static Object* NewMemoryBlock(int32_t size) {
+  return size < 0 || size > 4 * kMostPixels ? NULL : NewBytes(NULL, size);
 }
 
 // The units of UTF-8 text; -1 when there are more than `room`, or a byte is none of UTF-8.
 static int ToUtf16(const char* text, uint16_t* units, int room) {
   int count = 0;
-  for (const unsigned char* at = (const unsigned char*)text; *at;) {
+  for (const uint8_t* at = (const uint8_t*)text; *at;) {
     const int more = *at < 0x80 ? 0 : *at < 0xC0 ? -1 : *at < 0xE0 ? 1 : *at < 0xF0 ? 2 : 3;
-    uint32_t point = more > 0 ? *at & (0x3F >> more) : *at;
     if (more < 0 || count + (more == 3) >= room) return -1;
+    uint32_t point = more > 0 ? *at & (0x3F >> more) : *at;
     ++at;
     for (int i = 0; i < more; ++i, ++at) {
       if ((*at & 0xC0) != 0x80) return -1;
@@ -159,35 +206,11 @@ static int ToUtf16(const char* text, uint16_t* units, int room) {
   return count;
 }
 
-// Fills in the platform's reference; false when nothing has that name.
-#if defined(__APPLE__)
-static bool Refer(const char* path, FSRef* reference) {
-  CFURLRef url = CFURLCreateFromFileSystemRepresentation(NULL, (const uint8_t*)path, (CFIndex)strlen(path), false);
-  const bool found = url && CFURLGetFSRef(url, reference);
-  if (url) CFRelease(url);
-  return found;
-}
-#else
-static bool Refer(const char* path, FSRef* reference) {
-  if (strlen(path) >= sizeof reference->path) return false;
-  strcpy(reference->path, path);
-#if defined(_WIN32)
-  uint16_t wide[sizeof reference->path + 1] = {0};
-  return ToUtf16(path, wide, sizeof reference->path) >= 0 &&
-         GetFileAttributesW((const wchar_t*)wide) != INVALID_FILE_ATTRIBUTES;
-#else
-  struct stat status;
-  return stat(path, &status) == 0;
-#endif
-}
-#endif
-
 // Without a name the item itself; with one the folder around it, and the item's name.
 static int8_t FSRefFromFolderItem(Object* item, FSRef* reference, HFSUniStr255* name) {
   if (!name) return Refer(item->bytes, reference);
   char* leaf = strrchr(item->bytes, '/');
-  if (!leaf) return false;
-  const int units = ToUtf16(leaf + 1, name->unicode, 255);
+  const int units = leaf ? ToUtf16(leaf + 1, name->unicode, 255) : -1;
   if (units < 0) return false;
   name->length = (uint16_t)units;
   *leaf = 0;
@@ -196,85 +219,52 @@ static int8_t FSRefFromFolderItem(Object* item, FSRef* reference, HFSUniStr255* 
   return found;
 }
 
-// --- Pictures
-// ---------------------------------------------------------------------------------------------------------
+// --- Pictures ---
 
-static void* NewPlatformObject(Object* picture) {
-  const size_t width = (size_t)picture->width, height = (size_t)picture->height;
-  if (is_console) {  // the rows' addresses stand behind the image
-    REALgdImage* image = calloc(1, sizeof *image + height * sizeof(int*));
-    if (!image) abort();
-    image->sx = picture->width;
-    image->sy = picture->height;
-    image->trueColor = 1;
-    image->tpixels = (int**)(void*)(image + 1);
-    for (size_t y = 0; y < height; ++y) image->tpixels[y] = (int*)(void*)picture->bytes + y * width;
-    return image;
-  }
-#if defined(__APPLE__)
-  CGColorSpaceRef space = CGColorSpaceCreateDeviceRGB();
-  CGContextRef context =
-      CGBitmapContextCreate(picture->bytes, width, height, 8, width * 4, space, kCGImageAlphaPremultipliedFirst);
-  CGColorSpaceRelease(space);
-#else
-  CGContext* context = calloc(1, sizeof *context);
-  if (context) *context = (CGContext){picture->bytes, width, height, width * 4, 32, 2};
-#endif
-  if (!context) abort();
-  return context;
+// The rows' addresses stand behind the image.
+static REALgdImage* NewImage(char* pixels, int width, int height) {
+  REALgdImage* image = Memory(sizeof *image + (size_t)height * sizeof(int*));
+  image->sx = width;
+  image->sy = height;
+  image->trueColor = 1;
+  image->tpixels = (int**)(void*)(image + 1);
+  for (int y = 0; y < height; ++y) image->tpixels[y] = (int*)(void*)pixels + (ptrdiff_t)y * width;
+  return image;
 }
 
 static Object* NewPicture(int32_t width, int32_t height, int32_t depth) {
-  if (width < 1 || height < 1 || depth != 32) return NULL;
+  if (width < 1 || height < 1 || depth != 32 || (int64_t)width * height > kMostPixels) return NULL;
   Object* made = NewBytes(NULL, (int64_t)width * height * 4);
   made->width = width;
   made->height = height;
-  made->platform_object = NewPlatformObject(made);
+  made->platform_object =
+      is_console ? (void*)NewImage(made->bytes, width, height) : NewContext(made->bytes, width, height);
   return made;
-}
-
-static int8_t LockDescription(Object* picture, REALpictureDescription* description, int32_t kind) {
-  const int32_t own = is_console ? kPictureKindGDImage : kPictureKindCGBitmapContext;
-  if (kind != own) return false;
-  *description = (REALpictureDescription){.kind = (uint32_t)kind,
-                                          .platform_object = picture->platform_object,
-                                          .width = picture->width,
-                                          .height = picture->height};
-  return true;
 }
 
 static int64_t PictureType(Object* picture) { return (void)picture, 2; }
-static void Nothing(Object* object) { (void)object; }
+
+static int8_t LockDescription(Object* picture, REALpictureDescription* description, int32_t kind) {
+  if (kind != (is_console ? kPictureKindGDImage : kPictureKindCGBitmapContext)) return false;
+  *description =
+      (REALpictureDescription){(uint32_t)kind, picture->platform_object, picture->width, picture->height, {0}};
+  return true;
+}
 
 static Object* Mask(Object* picture, int32_t create) {
-  if (!picture->other && create) picture->other = NewPicture(picture->width, picture->height, 32);
-  Lock(picture->other);
-  return picture->other;
+  if (!picture->mask && create) picture->mask = NewPicture(picture->width, picture->height, 32);
+  return Lock(picture->mask);
 }
 
-static Object* Surface(Object* picture) {
-  Object* made = New(0);
-  Lock(picture);
-  made->other = picture;
-  return made;
-}
+// --- What the plugin finds by name ---
 
-static void DrawPicture(Object* surface,
-                        Object* picture) {  // as large as the surface, all of it: nothing else is asked
-  if (surface->other->size == picture->size) memcpy(surface->other->bytes, picture->bytes, (size_t)picture->size);
-}
-
-static void* ObjectMethod(Object* object, const char* declaration) {
-  (void)object;
-  return strncmp(declaration, "DrawPicture(", 12) == 0 ? (void*)DrawPicture : NULL;
-}
-
+// What is not offered is not missed: a mask is copied where it cannot be drawn, encodings are not looked at.
 static void* GlobalMethod(const char* module, const char* declaration) {
   return !module && strcmp(declaration, "LenB( s as string ) as integer") == 0 ? (void*)Size : NULL;
 }
 
 static void* ClassReference(const char* name) {
-  return strcmp(name, is_console ? "ConsoleApplication" : "Application") == 0 ? &class_count : NULL;
+  return strcmp(name, is_console ? "ConsoleApplication" : "Application") == 0 ? classes : NULL;
 }
 
 static void* Resolve(const char* name) {
@@ -283,13 +273,12 @@ static void* Resolve(const char* name) {
     void* function;
   } table[] = {
       {"REALGetRBVersion", (void*)HostVersion},
-      {"PluginRegisterClass", (void*)RegisterClass_},
-      {"PluginRegisterClassExtension", (void*)RegisterClassExtension},
-      {"PluginRegisterMethod", (void*)RegisterMethod},
+      {"PluginRegisterClass", (void*)TakeClass},
+      {"PluginRegisterClassExtension", (void*)TakeExtension},
+      {"PluginRegisterMethod", (void*)TakeMethod},
       {"PluginNewInstance", (void*)NewInstance},
       {"REALLockObject", (void*)Lock},
       {"REALUnlockObject", (void*)Unlock},
-      {"REALLoadObjectMethod", (void*)ObjectMethod},
       {"REALLoadGlobalMethod", (void*)GlobalMethod},
       {"pluginObjectType", (void*)ClassReference},
       {"RuntimeRaiseException", (void*)Raise},
@@ -297,8 +286,6 @@ static void* Resolve(const char* name) {
       {"REALUnlockString", (void*)Unlock},
       {"StringGetCString", (void*)Bytes},
       {"REALBuildString", (void*)BuildString},
-      {"REALSetStringEncoding", (void*)SetEncoding},
-      {"REALConvertString", (void*)Converted},
       {"newMemoryBlock", (void*)NewMemoryBlock},
       {"memoryBlockGetPtr", (void*)Bytes},
       {"memoryBlockGetSize", (void*)Size},
@@ -306,10 +293,7 @@ static void* Resolve(const char* name) {
       {"newPicture", (void*)NewPicture},
       {"PluginPictureGetType", (void*)PictureType},
       {"REALLockPictureDescription", (void*)LockDescription},
-      {"unlockPictureDescription", (void*)Nothing},
-      {"REALPictureClearCache", (void*)Nothing},
       {"REALGetPictureMask", (void*)Mask},
-      {"pluginPictureGraphicsGetter", (void*)Surface},
   };
   for (size_t i = 0; i < sizeof table / sizeof *table; ++i) {
     if (strcmp(table[i].name, name) == 0) return table[i].function;
@@ -317,20 +301,25 @@ static void* Resolve(const char* name) {
   return NULL;
 }
 
-// --- Calling the plugin
-// -----------------------------------------------------------------------------------------------
+// --- Calling the plugin ---
 
-static REALproc Getter(const Object* object, const char* name) {
-  for (int64_t i = 0; i < object->type->property_count; ++i) {
-    if (strcmp(object->type->properties[i].name, name) == 0) return object->type->properties[i].getter;
-  }
-  fprintf(stderr, "%s has no property %s\n", object->type->name, name);
-  exit(2);
+// A handler's form is told by its declaration; these are all that occur here.
+typedef int64_t (*IntegerForm)(Object*, int64_t);
+typedef int8_t (*BooleanForm)(Object*, int64_t);
+typedef uint32_t (*ColorForm)(Object*, int64_t);
+typedef Object* (*ObjectForm)(Object*, int64_t);
+typedef Object* (*MakeForm)(Object*);
+typedef int8_t (*SaveForm)(Object* item, Object* document);
+
+static int64_t Integer(Object* object, const char* name) {
+  const REALproperty* property = object->type->properties;
+  while (strcmp(property->name, name) != 0) ++property;
+  return ((IntegerForm)property->getter)(object, 0);
 }
 
-static REALproc Handler(const Object* object, const char* declaration) {
-  const int64_t count = object ? object->type->method_count : (int64_t)method_count;
-  for (int64_t i = 0; i < count; ++i) {
+// A method of the object's, or, without one, of FolderItem or a global one.
+static REALproc Method(const Object* object, const char* declaration) {
+  for (int i = 0; i < (object ? object->type->method_count : method_count); ++i) {
     const REALmethodDefinition* method = object ? &object->type->methods[i] : methods[i];
     if (strcmp(method->declaration, declaration) == 0) return method->handler;
   }
@@ -338,148 +327,93 @@ static REALproc Handler(const Object* object, const char* declaration) {
   exit(2);
 }
 
-static int64_t Integer(Object* object, const char* name) {
-  return ((int64_t(*)(Object*, int64_t))Getter(object, name))(object, 0);
-}
-static int64_t Boolean_(Object* object, const char* name) {
-  return ((int8_t(*)(Object*, int64_t))Getter(object, name))(object, 0);
-}
-static Object* Child(Object* object, const char* name) {
-  return ((Object * (*)(Object*, int64_t)) Getter(object, name))(object, 0);
-}
-static Object* At(Object* object, const char* declaration, int64_t index) {
-  return ((Object * (*)(Object*, int64_t)) Handler(object, declaration))(object, index);
-}
-static Object* Call(Object* object, const char* declaration) {
-  return ((Object * (*)(Object*)) Handler(object, declaration))(object);
-}
+// --- Looking at everything ---
 
-// --- Walking, with a checksum of all that is seen
-// ---------------------------------------------------------------------
+static struct {
+  uint64_t sum, picture_sum;
+  int objects, pictures;
+  bool too_large;  // for copies: some image was not looked at
+} seen;
 
-static const int64_t kMostPixels = 1 << 26;  // of larger images some rows are looked at, and no picture is made
+static void Mix(uint64_t* sum, uint64_t value) { *sum = (*sum ^ value) * 0x100000001B3u; }
 
-static uint64_t sum;
-static struct { int64_t images, extensions, pixels; } seen;
-
-static void Mix(uint64_t value) { sum = (sum ^ value) * 0x100000001B3u; }
-
-static void MixBytes(Object* bytes) {  // takes the reference
-  Mix(bytes ? (uint64_t)bytes->size + 1 : 0);
-  for (int64_t i = 0; bytes && i < bytes->size; ++i) Mix((uint8_t)bytes->bytes[i]);
-  Unlock(bytes);
+static void MixBytes(const Object* bytes) {
+  Mix(&seen.sum, (uint64_t)bytes->size);
+  for (int64_t i = 0; i < bytes->size; ++i) Mix(&seen.sum, (uint8_t)bytes->bytes[i]);
 }
 
-static void MixIntegers(Object* object, const char* const* names) {
-  for (; *names; ++names) Mix((uint64_t)Integer(object, *names));
-}
-
-static void WalkPalette(Object* palette) {  // takes the reference, like those below
-  const int64_t count = palette ? Integer(palette, "Count") : -1;
-  Mix((uint64_t)count);
-  for (int64_t i = 0; i < count; ++i) {
-    Mix(((uint32_t(*)(Object*, int64_t))Handler(palette, "Value(index as integer) as color"))(palette, i));
+static void MixPicture(const Object* picture) {  // the same colours give the same sum on both kinds
+  ++seen.pictures;
+  Mix(&seen.picture_sum, (uint64_t)picture->width << 32 | (uint32_t)picture->height);
+  const uint8_t* at = (const uint8_t*)picture->bytes;
+  for (int64_t i = 0; i < picture->size / 4; ++i, at += 4) {
+    Mix(&seen.picture_sum,
+        is_console ? (uint32_t)(at[2] << 16 | at[1] << 8 | at[0]) : (uint32_t)(at[1] << 16 | at[2] << 8 | at[3]));
   }
-  Unlock(palette);
+  if (picture->mask) MixPicture(picture->mask);
 }
 
-static void WalkScreen(Object* screen) {
-  static const char* const names[] = {"Width",  "Height", "ColorResolution", "PaletteDepth", "BackgroundColor",
-                                      "Aspect", 0};
-  if (!screen) return;
-  MixIntegers(screen, names);
-  Mix((uint64_t)(2 * Boolean_(screen, "HasPalette") + Boolean_(screen, "Sorted")));
-  WalkPalette(Child(screen, "Palette"));
-  Unlock(screen);
-}
+static void MixInstance(Object* object);
 
-static void WalkImage(Object* image) {
-  static const char* const names[] = {"Left", "Top", "Width", "Height", "PaletteDepth", 0};
-  if (!image) return;
-  const int64_t height = Integer(image, "Height"), pixels = Integer(image, "Width") * height;
-  ++seen.images;
-  seen.pixels += pixels;
-  MixIntegers(image, names);
-  Mix((uint64_t)(4 * Boolean_(image, "HasPalette") + 2 * Boolean_(image, "Sorted") + Boolean_(image, "Interlace")));
-  WalkPalette(Child(image, "Palette"));
-  if (pixels <= kMostPixels) MixBytes(Child(image, "Data"));
-  for (int64_t row = 0; row <= height;
-       row += pixels <= kMostPixels ? 1 : height / 64 + 1) {  // one too many gives nil
-    MixBytes(At(image, "PixelData(row as integer) as memoryblock", row));
+static void MixObject(Object* object) {  // takes the reference
+  if (!object) return;
+  if (object->type) {
+    MixInstance(object);
+  } else if (object->platform_object) {
+    MixPicture(object);
+  } else {
+    MixBytes(object);
   }
-  Unlock(image);
+  Unlock(object);
 }
 
-static void WalkExtension(Object* extension) {
-  if (!extension) return;
-  const int64_t count = Integer(extension, "Count");
-  ++seen.extensions;
-  Mix((uint64_t)(Integer(extension, "Marker") << 32 | count));
-  for (int64_t i = 0; i <= count; ++i) {  // one too many raises
-    Object* data = At(extension, "Data(index as integer) as GifDataZKV", i);
-    if (!data) continue;
-    Mix((uint64_t)Integer(data, "Length"));
-    MixBytes(Child(data, "DataString"));
-    MixBytes(Child(data, "DataMemory"));
-    Unlock(data);
+// What a getter gives, or a method with one number.
+static void MixResult(const char* type, REALproc handler, Object* object, int64_t argument) {
+  const int initial = tolower(type[0]);
+  if (initial == 'i') {
+    Mix(&seen.sum, (uint64_t)((IntegerForm)handler)(object, argument));
+  } else if (initial == 'b') {
+    Mix(&seen.sum, (uint64_t)((BooleanForm)handler)(object, argument));
+  } else if (initial == 'c') {
+    Mix(&seen.sum, ((ColorForm)handler)(object, argument));
+  } else {
+    MixObject(((ObjectForm)handler)(object, argument));
   }
-  Unlock(extension);
 }
 
-static uint64_t Walk(Object* document) {
-  sum = 0xCBF29CE484222325u;
-  memset(&seen, 0, sizeof seen);
-  MixBytes(Child(document, "Header"));
-  WalkScreen(Child(document, "Screen"));
-  for (int64_t i = 0, count = Integer(document, "Count"); i < count; ++i) {
-    Object* block = At(document, "Block(index as integer) as GifBlockZKV", i);
-    Mix((uint64_t)Integer(block, "Intro"));
-    WalkImage(Child(block, "Picture"));
-    WalkExtension(Child(block, "Extension"));
-    Unlock(block);
+static void MixMethod(Object* object, const REALmethodDefinition* method) {
+  const char* result = strstr(method->declaration, " as integer) as ");
+  if (result) {
+    int64_t last = 0;  // one too many: it raises, or gives nil
+    if (strstr(method->declaration, "(index ")) last = Integer(object, "Count");
+    if (strstr(method->declaration, "(row ")) last = Integer(object, "Height");
+    result += strlen(" as integer) as ");
+    for (int64_t at = 0; at <= last; ++at) MixResult(result, method->handler, object, at);
+  } else if (!strchr(method->declaration, '(') && strncmp(method->declaration, "Clone ", 6) != 0) {
+    MixObject(((MakeForm)method->handler)(object));
   }
-  return sum;
 }
 
-// --- The steps
-// --------------------------------------------------------------------------------------------------------
-
-static bool MixPicture(Object* picture) {  // takes the reference; the same colours give the same sum on both kinds
-  const bool made = picture != NULL;
-  Mix(made ? (uint64_t)picture->width << 32 | (uint32_t)picture->height : 0);
-  const uint8_t* at = made ? (const uint8_t*)picture->bytes : NULL;
-  for (int64_t i = 0; made && i < picture->size / 4; ++i, at += 4) {
-    Mix(is_console ? (uint32_t)(at[2] << 16 | at[1] << 8 | at[0]) : (uint32_t)(at[1] << 16 | at[2] << 8 | at[3]));
+// Every property, whatever is behind an index, and all that asks for nothing, but clones: they hold the same again.
+static void MixInstance(Object* object) {
+  const REALclassDefinition* type = object->type;
+  ++seen.objects;
+  if (strcmp(type->name, "GifPictureZKV") == 0 &&
+      Integer(object, "Width") * Integer(object, "Height") > kMostPixels) {
+    seen.too_large = true;
+    return;
   }
-  if (made && picture->other) {
-    Lock(picture->other);
-    MixPicture(picture->other);
+  for (int64_t i = 0; i < type->property_count; ++i) {
+    MixResult(type->properties[i].type, type->properties[i].getter, object, 0);
   }
-  Unlock(picture);
-  return made;
+  for (int64_t i = 0; i < type->method_count; ++i) MixMethod(object, &type->methods[i]);
 }
 
-static void Render(Object* document) {
-  int made = 0;
-  sum = 0;
-  for (int64_t i = 0, count = Integer(document, "Count"); i < count; ++i) {
-    Object* block = At(document, "Block(index as integer) as GifBlockZKV", i);
-    Object* image = Child(block, "Picture");
-    if (image && Integer(image, "Width") * Integer(image, "Height") <= kMostPixels) {
-      made += MixPicture(Call(image, "MakePicture as picture")) + MixPicture(Call(image, "MakeMask as picture"));
-    }
-    Unlock(image);
-    Unlock(block);
-  }
-  printf("  render  %016" PRIx64 "  pictures=%d\n", sum, made);
-  sum = 0;
-  const bool first = seen.pixels <= kMostPixels && MixPicture(Call(document, "MakeFirstPictureWithMask as picture"));
-  printf("  first   %016" PRIx64 "  picture=%d\n", sum, first);
-}
+// --- The steps ---
 
-static Object* FolderItem(const char* path) {  // an absolute one
+static Object* FolderItem(const char* path) {
   char folder[4096] = "", whole[8192];
-  const bool is_absolute = *path == '/' || *path == '\\' || path[1] == ':';
+  const bool is_absolute = *path == '/' || *path == '\\' || (*path && path[1] == ':');
   if (!is_absolute && getcwd(folder, sizeof folder)) strcat(folder, "/");
   snprintf(whole, sizeof whole, "%s%s", folder, path);
   return NewBytes(whole, (int64_t)strlen(whole));
@@ -487,115 +421,100 @@ static Object* FolderItem(const char* path) {  // an absolute one
 
 static Object* Open(const char* path) {
   Object* item = FolderItem(path);
-  Object* document = ((Object * (*)(Object*)) Handler(NULL, "OpenAsGIFZKV as GIFZKV"))(item);
+  Object* document = ((MakeForm)Method(NULL, "OpenAsGIFZKV as GIFZKV"))(item);
   Unlock(item);
   return document;
 }
 
-static void WalkAnew(const char* step, Object* document, uint64_t expected) {  // takes the reference
-  if (document) Walk(document);
-  printf("  %s  %016" PRIx64 "  %s\n", step, sum, !document ? "nil" : sum == expected ? "same" : "differs");
-  Unlock(document);
-}
-
-static void Save(Object* document, const char* path, uint64_t expected) {
+static bool Save(Object* document, const char* path) {
   Object* item = FolderItem(path);
-  const bool saved =
-      ((int8_t(*)(Object*, Object*))Handler(NULL, "SaveAsGIFZKV(data as GIFZKV) as boolean"))(item, document);
+  const bool saved = ((SaveForm)Method(NULL, "SaveAsGIFZKV(data as GIFZKV) as boolean"))(item, document);
   Unlock(item);
-  Object* again = saved ? Open(path) : NULL;
-  WalkAnew("reopen", again, expected);
-
-  sum = 0;
-  FILE* file = saved ? fopen(path, "rb") : NULL;
-  if (file) fseek(file, 0, SEEK_END);
-  Object* bytes = NewBytes(NULL, file ? ftell(file) : 0);
-  if (file) rewind(file);
-  if (file) bytes->size = (int64_t)fread(bytes->bytes, 1, (size_t)bytes->size, file);
-  if (file) fclose(file);
-  remove(path);
-  const int64_t size = bytes->size;
-  for (int64_t i = 0; i < size; ++i) Mix((uint8_t)bytes->bytes[i]);
-  printf("  save    %016" PRIx64 "  bytes=%" PRId64 "\n", sum, size);
-  WalkAnew("string", ((Object * (*)(Object*)) Handler(NULL, "GifStringToGifZKV(data as string) as GIFZKV"))(bytes),
-           expected);
-  Unlock(bytes);
+  return saved;
 }
 
-static void Try(const char* path, const char* saved) {
-  const int64_t before = alive;
-  printf("%s\n", path);
+static Object* ReadAll(const char* path) {
+  FILE* file = fopen(path, "rb");
+  Object* bytes = NewBytes(NULL, file && fseek(file, 0, SEEK_END) == 0 ? ftell(file) : 0);
+  if (!file) return bytes;
+  rewind(file);
+  bytes->size = (int64_t)fread(bytes->bytes, 1, (size_t)bytes->size, file);
+  fclose(file);
+  return bytes;
+}
+
+static void Look(const char* step, Object* document) {
+  memset(&seen, 0, sizeof seen);
   raised = 0;
+  MixObject(Lock(document));
+  printf("  %-6s  %016" PRIx64 "  pictures %016" PRIx64, step, seen.sum, seen.picture_sum);
+  printf("  %d objects, %d pictures, raised %d times", seen.objects, seen.pictures, raised);
+}
+
+// What must hold the same as the document that was opened. Takes the reference.
+static void LookAgain(const char* step, Object* copy, uint64_t expected) {
+  Look(step, copy);
+  printf(": %s\n", seen.sum == expected ? "same" : "differs");
+  Unlock(copy);
+}
+
+static void Try(const char* path, const char* copy) {
+  const int before = alive;
   Object* document = Open(path);
-  if (!document) {
-    printf("  open    nil\n");
-    return;
+  printf("%s\n", path);
+  Look("open", document);
+  printf(seen.too_large ? ", too large for copies\n" : "\n");
+  if (document && !seen.too_large) {
+    const uint64_t sum = seen.sum;
+    LookAgain("clone", ((MakeForm)Method(document, "Clone as GIFZKV"))(document), sum);
+    const bool saved = Save(document, copy);
+    LookAgain("copy", saved ? Open(copy) : NULL, sum);
+    Object* string = ReadAll(copy);
+    LookAgain("string", ((MakeForm)Method(NULL, "GifStringToGifZKV(data as string) as GIFZKV"))(string), sum);
+    seen.sum = 0;
+    MixBytes(string);
+    printf("  saved   %016" PRIx64 "  %" PRId64 " bytes\n", seen.sum, string->size);
+    Unlock(string);
+    remove(copy);
   }
-  const uint64_t walked = Walk(document);
-  printf("  open    %016" PRIx64 "  blocks=%" PRId64 " images=%" PRId64 " extensions=%" PRId64 " pixels=%" PRId64
-         " raised=%" PRId64 "\n",
-         walked, Integer(document, "Count"), seen.images, seen.extensions, seen.pixels, raised);
-  Render(document);
-  WalkAnew("clone ", Call(document, "Clone as GIFZKV"), walked);
-  Save(document, saved, walked);
   Unlock(document);
-  if (alive != before) printf("  alive   %" PRId64 "\n", alive - before);
   faults += alive != before;
+  if (alive != before) printf("  %d objects are left\n", alive - before);
 }
 
-// --- The program
-// ------------------------------------------------------------------------------------------------------
+// --- The program ---
 
-static void* LoadEntry(const char* file) {
-#if defined(_WIN32)
-  HMODULE library = LoadLibraryA(file);
-  return library ? (void*)GetProcAddress(library, "REALPluginMain") : NULL;
-#else
-  void* library = dlopen(file, RTLD_NOW | RTLD_LOCAL);
-  if (!library) fprintf(stderr, "%s\n", dlerror());
-  return library ? dlsym(library, "REALPluginMain") : NULL;
-#endif
-}
-
-static void TryAll(const char* list, const char* saved) {
-  char path[8192];
+static void TryAll(const char* list, const char* copy) {
+  char path[4096];
   FILE* file = fopen(list, "rb");
-  if (!file) ++faults;
+  faults += !file;
   while (file && fgets(path, sizeof path, file)) {
     path[strcspn(path, "\r\n")] = 0;
-    if (*path) Try(path, saved);
+    if (*path) Try(path, copy);
   }
   if (file) fclose(file);
 }
 
 int main(int count, char** arguments) {
-  const char* saved = "host-saved.gif";
-  int at = 1;
-  for (; at < count && arguments[at][0] == '-'; ++at) {
-    if (strcmp(arguments[at], "--console") == 0) {
-      is_console = true;
-    } else if (strcmp(arguments[at], "--save") == 0 && at + 1 < count) {
-      saved = arguments[++at];
-    } else {
-      at = count;
-    }
-  }
-  if (at + 1 >= count) {
-    fprintf(stderr, "usage: host [--console] [--save FILE] PLUGIN GIF...\n");
+  is_console = count > 1 && strcmp(arguments[1], "--console") == 0;
+  char** at = arguments + 1 + is_console;
+  if (arguments + count - at < 3) {
+    fprintf(stderr, "usage: host [--console] PLUGIN COPY.gif IN.gif...\n");
     return 64;
   }
-  void* entry = LoadEntry(arguments[at]);
+  const Entry entry = LoadEntry(at[0]);
   if (!entry) {
-    fprintf(stderr, "%s cannot be loaded\n", arguments[at]);
+    fprintf(stderr, "%s cannot be loaded\n", at[0]);
     return 2;
   }
-  ((void (*)(REALresolver))entry)(Resolve);
-  printf("%zu classes, %zu methods, %s\n", class_count, method_count, is_console ? "console" : "desktop");
-  for (++at; at < count; ++at) {
-    if (arguments[at][0] == '@') {
-      TryAll(arguments[at] + 1, saved);
+  entry(Resolve);
+  printf("%d classes, %d methods, %s\n", class_count, method_count, is_console ? "console" : "desktop");
+  const char* copy = at[1];
+  for (at += 2; *at; ++at) {
+    if (**at == '@') {
+      TryAll(*at + 1, copy);
     } else {
-      Try(arguments[at], saved);
+      Try(*at, copy);
     }
   }
   return faults > 0;

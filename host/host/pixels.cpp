@@ -10,7 +10,7 @@
 
 #include "bridge/gif_plugin_host.h"
 #include "host/core/heap.h"
-#include "platform/core_graphics.h"
+#include "platform/frameworks.h"
 
 namespace host {
 namespace {

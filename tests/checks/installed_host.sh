@@ -10,10 +10,10 @@ trap 'rm -rf "$folder"' EXIT
 plugin="$(find "$installed" -name gif_plugin.so)"
 "$compiler" -std=c11 -D_DEFAULT_SOURCE -I "$installed/include/gif-plugin" \
   "$installed/share/gif-plugin/host/host.c" -o "$folder/host" -ldl
-"$folder/host" --save "$folder/saved.gif" "$plugin" "$gif" | tail -n +2 > "$folder/desktop"
-"$folder/host" --console --save "$folder/saved.gif" "$plugin" "$gif" | tail -n +2 > "$folder/console"
+"$folder/host" "$plugin" "$folder/copy.gif" "$gif" | tail -n +2 > "$folder/desktop"
+"$folder/host" --console "$plugin" "$folder/copy.gif" "$gif" | tail -n +2 > "$folder/console"
 cmp "$folder/desktop" "$folder/console"
-[ "$(grep -c ' same$' "$folder/desktop")" = 3 ] || { cat "$folder/desktop"; exit 1; }
+[ "$(grep -c ': same$' "$folder/desktop")" = 3 ] || { cat "$folder/desktop"; exit 1; }
 
 grep -q "utf8proc" "$installed/share/doc/gif-plugin/copyright"
 while IFS=: read -r page link; do

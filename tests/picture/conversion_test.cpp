@@ -12,7 +12,7 @@
 #include "host/functions/host_functions.h"
 #include "host/host/picture.h"
 #include "picture/picture_editor.h"
-#include "platform/core_graphics.h"
+#include "platform/frameworks.h"
 #include "tests/support/lending.h"
 
 namespace {

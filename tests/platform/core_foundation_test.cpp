@@ -1,6 +1,6 @@
 // Paths and texts that no FolderItem gives; the rest is tested by saving under names.
 
-#include "platform/core_foundation.h"
+#include "platform/frameworks.h"
 
 #include <gtest/gtest.h>
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/macos.h"
+#include "platform/host_platform.h"
 #include "platform/names.h"
 #include "tests/platform/refer.h"
 
@@ -32,8 +32,6 @@ CFText* Make(std::u16string units) {
   ++alive;
   return new CFText{std::move(units)};
 }
-CFURLRef AsUrl(CFText* text) { return reinterpret_cast<CFURLRef>(text); }
-const CFText* AsText(CFURLRef url) { return reinterpret_cast<const CFText*>(url); }
 
 std::vector<std::string> referred;
 
@@ -79,10 +77,10 @@ Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex size, CFStr
 CFURLRef CFURLCreateFromFSRef(CFAllocatorRef, const FSRef* reference) {
   size_t index;
   std::memcpy(&index, reference->hidden + 8, sizeof index);
-  return AsUrl(Make(*Utf16Name(referred.at(index))));
+  return Make(*Utf16Name(referred.at(index)));
 }
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef, CFURLRef url, CFStringRef component, Boolean) {
-  return AsUrl(Make(AsText(url)->units + u"/" + component->units));
+  return Make(url->units + u"/" + component->units);
 }
-CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle) { return Make(AsText(url)->units); }
+CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle) { return Make(url->units); }
 }

@@ -1,5 +1,6 @@
 // Which names a file can be saved under and opened by, through the way that every FolderItem takes. Runs wherever the
-// plugin is built for; argument: a folder to work in. Prints each case that goes otherwise than it must.
+// plugin is built for; argument: a folder to work in, which is left as it is: not every library can remove what has
+// such names. Prints each case and whether it went as it must.
 
 #include <algorithm>
 #include <cstdio>
@@ -103,7 +104,5 @@ int main(int, char** arguments) {
   Check("a share that is not there", {"\\\\localhost\\nowhere", u"a.gif"}, kNil);
   Check("a drive that is not there", {"Q:\\", u"a.gif"}, kNil);
 #endif
-  std::error_code error;
-  fs::remove_all(arguments[1], error);
   return faults > 0;
 }

@@ -1,9 +1,13 @@
 #pragma once
 
-// What of Core Foundation and Core Graphics is called on macOS: from the frameworks' headers, or declared here where
-// a tool chain has none. Same names, forms and layouts. C and C++ can include it.
+// The calls of Core Foundation that turn a file-system reference into a path, and those of CoreGraphics that reach a
+// bitmap context's pixels. On macOS they are the frameworks' own, declared here where a tool chain has no headers for
+// them; elsewhere they are small stand-ins with the same names, forms and ownership: what a Create or Copy call
+// returns carries one reference for the caller, and is null when it cannot be made. Except where said, arguments must
+// not be null. C and C++ can include it.
 
-#if __has_include(<CoreServices/CoreServices.h>)
+#if defined(__APPLE__) && __has_include(<CoreServices/CoreServices.h>)
+#define GIF_SYSTEM_HAS_HEADERS
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <CoreServices/CoreServices.h>
@@ -12,23 +16,14 @@
 #include <stddef.h>
 #include <stdint.h>
 
-// A file or folder.
-typedef struct FSRef {
-  uint8_t hidden[80];
-} FSRef;
+struct FSRef;
 
-// The last part of a path, in UTF-16 units.
-typedef struct HFSUniStr255 {
-  uint16_t length;        // units in use, 1 to 255
-  uint16_t unicode[255];  // not terminated
-} HFSUniStr255;
-
-typedef const struct CFAllocator* CFAllocatorRef;
+typedef const struct CFAllocator* CFAllocatorRef;  // not looked at; may be null
 typedef const void* CFTypeRef;
-typedef const struct CFText* CFStringRef;
+typedef const struct CFText* CFStringRef;  // in UTF-16 units
 typedef struct CFText* CFMutableStringRef;
-typedef const struct CFUrl* CFURLRef;
-typedef long CFIndex;
+typedef const struct CFText* CFURLRef;
+typedef ptrdiff_t CFIndex;
 typedef uint16_t UniChar;
 typedef unsigned char Boolean;
 typedef uint32_t CFStringEncoding;
@@ -42,6 +37,8 @@ enum {
 
 typedef struct CGContext* CGContextRef;
 typedef struct CGColorSpace* CGColorSpaceRef;
+
+// Where a pixel's alpha byte lies and how it is to be read.
 typedef uint32_t CGImageAlphaInfo;
 enum {
   kCGImageAlphaNone = 0,
@@ -60,16 +57,22 @@ extern "C" {
 
 CFTypeRef CFRetain(CFTypeRef object);
 void CFRelease(CFTypeRef object);
+
 CFStringRef CFStringCreateWithCharacters(CFAllocatorRef allocator, const UniChar* units, CFIndex count);
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef allocator, CFIndex max_length, CFStringRef string);
+// Puts base characters and marks in place of characters that combine them; without memory changes nothing.
 void CFStringNormalize(CFMutableStringRef string, CFStringNormalizationForm form);
-CFIndex CFStringGetLength(CFStringRef string);
+CFIndex CFStringGetLength(CFStringRef string);  // UTF-16 units
+// Writes NUL-terminated UTF-8. False when that is more than `buffer_size` bytes or has no UTF-8 form, and for
+// a NUL within the string, which would cut a path short.
 Boolean CFStringGetCString(CFStringRef string, char* buffer, CFIndex buffer_size, CFStringEncoding encoding);
-CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const FSRef* reference);
+
+CFURLRef CFURLCreateFromFSRef(CFAllocatorRef allocator, const struct FSRef* reference);
 CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url, CFStringRef component,
                                                Boolean is_directory);
 CFStringRef CFURLCopyFileSystemPath(CFURLRef url, CFURLPathStyle style);
 
+// Each takes a context that is not null and cannot fail.
 void* CGBitmapContextGetData(CGContextRef context);
 size_t CGBitmapContextGetWidth(CGContextRef context);
 size_t CGBitmapContextGetHeight(CGContextRef context);
@@ -77,21 +80,20 @@ size_t CGBitmapContextGetBytesPerRow(CGContextRef context);
 size_t CGBitmapContextGetBitsPerPixel(CGContextRef context);
 CGImageAlphaInfo CGBitmapContextGetAlphaInfo(CGContextRef context);
 
+#if defined(__APPLE__)
 // These a host calls.
 CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const uint8_t* path, CFIndex size,
                                                  Boolean is_directory);
-Boolean CFURLGetFSRef(CFURLRef url, FSRef* reference);
+Boolean CFURLGetFSRef(CFURLRef url, struct FSRef* reference);
 CGColorSpaceRef CGColorSpaceCreateDeviceRGB(void);
 void CGColorSpaceRelease(CGColorSpaceRef space);
 CGContextRef CGBitmapContextCreate(void* data, size_t width, size_t height, size_t bits_per_component,
                                    size_t bytes_per_row, CGColorSpaceRef space, uint32_t bitmap_info);
 void CGContextRelease(CGContextRef context);
+#endif
 
 #if defined(__cplusplus)
 }
 #endif
 
 #endif
-
-#include <assert.h>
-static_assert(sizeof(FSRef) == 80, "file");
