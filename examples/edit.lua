@@ -309,7 +309,8 @@ local function edit_one(path, output)
   print(("  %s read back as they were made"):format(text.count(#done.document.frames, "frame")))
 end
 
--- Into the folder, which gets the folders of the inputs; nothing that is there is replaced.
+-- Into the folder, which gets the folders of the inputs; nothing that is there is replaced. A run that was stopped may have
+-- made files that its log has no lines for: the next one finds them as it would make them.
 local function edit_many(paths, folder)
   local _, failed = many.run {
     options = options, paths = paths,
@@ -318,7 +319,7 @@ local function edit_many(paths, folder)
       local output = folder .. "/" .. name
       local made, why = files.make_folder(output:match("^(.*)/"))
       if not made then return nil, why end
-      local done, problem = command.attempt(edit, path, output, true)
+      local done, problem = command.attempt(edit, path, output, options.resume and "or equal" or true)
       if not done then return nil, problem end
       return { out = json.name(output), frames = #done.document.frames, notes = json.list(done.remarks) }
     end }

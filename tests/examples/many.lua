@@ -5,7 +5,7 @@ local t = dofile(here .. "../support/support.lua")
 local examples = dofile(here .. "../support/examples.lua")
 local files, json, processes = require "gif.files", require "gif.json", require "gif.processes"
 local run = examples.run
-local kFiles = 2000
+local kFiles = 150
 
 local function lines_of(text)
   local names, failed, count = {}, {}, 0

@@ -69,13 +69,14 @@ end
 -- --- Writing -----------------------------------------------------------------------------------------------------------
 
 -- Calls fill(file) with a new OutputFile for the path, and keeps that when it gives true, only_new where nothing is
--- there yet; nil and the reason.
+-- there yet; nil and the reason. fill gives "there" where the path needs nothing new.
 local function replaced(path, fill, only_new)
   local started, file = pcall(OutputFile, path)
   if not started then return nil, file.message end
   local called, filled, why = pcall(fill, file)
   if called and filled then
-    local kept, problem = pcall(only_new and file.KeepNew or file.Keep, file)
+    local finish = filled == "there" and file.Discard or only_new and file.KeepNew or file.Keep
+    local kept, problem = pcall(finish, file)
     if kept then return true end
     why = problem.message
   end
@@ -93,10 +94,12 @@ function files.write(path, bytes)
 end
 
 -- Saves a document, and reads back what was written: that a disk is full shows nowhere else. With
--- only_new nothing is replaced. true; nil and the reason.
+-- only_new nothing is replaced; with only_new "or equal" a file that is there may be the one that would be written. true;
+-- nil and the reason.
 function files.save_gif(gif, path, only_new)
   return replaced(path, function(file)
     if not FolderItem(file.Path):SaveAsGIFZKV(gif) then return nil, path .. ": cannot be written" end
+    if only_new == "or equal" and files.read(path) == files.read(file.Path) then return "there" end
     local written = FolderItem(file.Path):OpenAsGIFZKV()
     local difference = not written and "it cannot be read back" or comparing.difference(gif, written)
     if not difference then return true end
@@ -123,6 +126,8 @@ end
 
 -- Makes a folder and those it lies in; nil and the reason.
 function files.make_folder(path)
+  local there = host.stat(path)
+  if there and there.kind == "folder" then return true end
   local pipe = io.popen("LC_ALL=C mkdir -p -- " .. files.quoted(path) .. " 2>&1")
   local said = pipe:read("a")
   if pipe:close() then return true end

@@ -1,8 +1,8 @@
 -- Many files: each looked at in one of several processes, so that one that breaks or hangs does not stop the others.
 --
 -- The files are dealt out in bundles. A bundle is a file of names; the process that it is given to writes a line for
--- each name into another, which is passed on when the process is done. What has no line was not done: the first of these
--- stopped the process, the rest are dealt out again.
+-- each name into another, and says so on its standard output. What has no line when the process is gone was not done: the
+-- first of these stopped it, the rest are dealt out again.
 
 local command, files, json = require "gif.command", require "gif.files", require "gif.json"
 local processes, progress, text = require "gif.processes", require "gif.progress", require "gif.text"
@@ -12,6 +12,8 @@ local many = {}
 local kSeconds = 60 -- that one file may take
 local kShort, kLong, kLargestBundle = 3, 20, 64 -- bundles that take fewer seconds grow, others shrink
 local kAlarmSignal = 14
+local kDone = "\0\n" -- what a process says after each line
+local kMostSaid = 4096 -- of what else it says
 -- The environment's variables that make a process one that looks at a bundle: the files of its names and its lines.
 local kNames, kLines = "GIF_BUNDLE_NAMES", "GIF_BUNDLE_LINES"
 
@@ -124,7 +126,8 @@ end
 
 -- --- A process that looks at a bundle ------------------------------------------------------------------------------------
 
--- A line each, written at once: a process that is stopped loses none of them.
+-- A line each, written at once: a process that is stopped loses none of them. Saying so ends it when nobody listens any
+-- more.
 local function work_through(seconds, work)
   local results <close> = assert(io.open(os.getenv(kLines), "r+b"))
   local next_name = reader(os.getenv(kNames))
@@ -135,6 +138,8 @@ local function work_through(seconds, work)
     local line = called and result or { error = text.shown(tostring(called and why or result)) }
     results:write(json.line(path, line), "\n")
     results:flush()
+    io.stdout:write(kDone)
+    io.stdout:flush()
     collectgarbage()
   end
 end
@@ -165,17 +170,23 @@ local function reason(output, kind, status, seconds)
   return ("%s (status %d)"):format(said, status)
 end
 
--- Waits for a bundle, and passes on its lines. Gives the names that are left when its process was stopped.
+-- Passes on the lines of a bundle as they come. Gives the names that are left when its process was stopped.
 local function finish(bundle, seconds, pass_on)
-  local output = bundle.pipe:read("a")
-  local _, kind, status = bundle.pipe:close()
-  local done = 0
-  for line in io.lines(bundle.lines.Path, "L") do
-    if line:sub(-1) == "\n" then
-      done = done + 1
-      pass_on(line)
-    end
+  local lines <close>, done, output = io.open(bundle.lines.Path, "rb"), 0, ""
+  local function pass_on_next()
+    local line = lines:read("L")
+    if not line or line:sub(-1) ~= "\n" then return false end
+    done = done + 1
+    pass_on(line)
+    return true
   end
+  for said in bundle.pipe:lines("L") do
+    local before, is_done = said:gsub(kDone .. "$", "")
+    output = (output .. before):sub(-kMostSaid)
+    if is_done > 0 then pass_on_next() end
+  end
+  local _, kind, status = bundle.pipe:close()
+  while pass_on_next() do end -- stopped before it said so
   bundle.file:Discard()
   bundle.lines:Discard()
   if done == #bundle.names then return {} end
@@ -215,7 +226,7 @@ function many.run(wanted)
     local opened, why = io.open(options.resume, "ab")
     log = opened or command.fail(why)
   end
-  local failed, total = 0, 0
+  local failed, total, sink = 0, 0, log or io.stdout
   local step = progress.start(count, "files")
   local function pass_on(line)
     progress.clear()
@@ -228,6 +239,7 @@ function many.run(wanted)
     elseif not line:find('"left_out":true}\n', 1, true) then
       io.stdout:write(line)
     end
+    sink:flush()
     total = total + 1
     step()
   end
@@ -242,7 +254,7 @@ function many.run(wanted)
     end
     return #taken > 0 and taken or nil
   end
-  local running, sink = {}, log or io.stdout
+  local running = {}
   for _ = 1, options.jobs or processes.count() do
     local taken = take(size)
     if taken then running[#running + 1] = new_bundle(taken) end
@@ -250,7 +262,6 @@ function many.run(wanted)
   while #running > 0 do -- the oldest first, so that lines come in the order of the names
     local bundle = table.remove(running, 1)
     local left = finish(bundle, seconds, pass_on)
-    sink:flush()
     if #left > 0 then
       table.insert(running, 1, new_bundle(left))
     else
