@@ -19,7 +19,8 @@ local kind_and_file = {
   name = "KIND=FILE, the kind one of " .. kKinds,
   read = function(given)
     local kind, file = given:match("^(%w+)=(.+)$")
-    return kind and is_kind(kind) and { kind = kind, file = file } or nil
+    if not kind or not is_kind(kind) then return nil end
+    return { kind = kind, from = file == "-" and "/dev/stdin" or file, to = file == "-" and "/dev/stdout" or file }
   end }
 
 local options, operands = command.parse {
@@ -53,7 +54,7 @@ end
 if options.get then
   local bytes = payloads.get(document, options.get.kind)
   if not bytes then command.fail(("%s: has no %s"):format(input, options.get.kind)) end
-  require_done(files.write(options.get.file, bytes))
+  require_done(files.write(options.get.to, bytes))
 end
 if options.remove then
   local removed = payloads.remove(document, options.remove)
@@ -61,9 +62,9 @@ if options.remove then
   print(("%s: %s removed"):format(text.shown(output), text.count(removed, "block")))
 end
 if options.set then
-  local bytes = require_done(files.read(options.set.file))
+  local bytes = require_done(files.read(options.set.from))
   local set, problem = payloads.set(document, options.set.kind, bytes)
-  if not set then command.fail(options.set.file .. ": " .. problem) end
+  if not set then command.fail(options.set.from .. ": " .. problem) end
   print(("%s: %s of %s"):format(text.shown(output), text.count(#bytes, "byte"), options.set.kind))
 end
 if output then require_done(document:save(output)) end

@@ -1,9 +1,12 @@
 #include "host/core/names.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace host {
 namespace {
+
+constexpr size_t kLeastOfBeginning = 3;  // letters that may stand for a longer name
 
 char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
@@ -37,10 +40,14 @@ bool NameLess::operator()(std::string_view a, std::string_view b) const {
 
 std::string NearestName(std::string_view wanted, const std::vector<std::string>& candidates) {
   std::string nearest;
-  size_t least = wanted.size() / 2 + 2;  // further away is another word, not a slip
+  size_t least = (wanted.size() + 4) / 3;  // further away is another word, not a slip
   for (const std::string& candidate : candidates) {
-    const size_t distance = EditDistance(wanted, candidate);
-    const bool comes_first = distance == least && !nearest.empty() && candidate < nearest;
+    size_t distance = EditDistance(wanted, candidate);
+    if (wanted.size() >= kLeastOfBeginning && candidate.size() > wanted.size()) {  // "Open" for "OpenAsGIFZKV"
+      distance = std::min(distance, EditDistance(wanted, std::string_view(candidate).substr(0, wanted.size())) + 1);
+    }
+    const bool comes_first = distance == least && !nearest.empty() &&
+                             std::pair(candidate.size(), candidate) < std::pair(nearest.size(), nearest);
     if (distance >= least && !comes_first) continue;
     least = distance;
     nearest = candidate;

@@ -60,6 +60,13 @@ int WriteAll(int file, const char* bytes, size_t count) {
   return 0;
 }
 
+bool IsStandardOutput(const std::string& path) {
+  struct stat there = {};
+  struct stat output = {};
+  return stat(path.c_str(), &there) == 0 && fstat(STDOUT_FILENO, &output) == 0 && there.st_dev == output.st_dev &&
+         there.st_ino == output.st_ino;
+}
+
 int Flush(int file) { return fsync(file) == 0 || errno == EINVAL || errno == EROFS ? 0 : errno; }
 
 // So that the new name is there after a power cut, too. The file is whole either way.
@@ -154,7 +161,9 @@ std::string OutputFile::TakeOverModeAndOwner() const {
 
 std::string OutputFile::CopyToTarget() const {
   std::fflush(stdout);  // it may be the target
-  const int to = open(target_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+  // Standard output goes on where it is, so that whoever shares it writes behind this.
+  const int to = IsStandardOutput(target_) ? fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0)
+                                           : open(target_.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
   if (to < 0) return Problem(errno);
   std::array<char, 1 << 16> bytes{};
   int error = 0;

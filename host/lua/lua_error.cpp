@@ -93,17 +93,7 @@ std::string ErrorText(lua_State* lua, int index) {
   return message;
 }
 
-namespace {
-
-// Lua's message about a value that is nil names the global: "; did you mean ...?", or nothing.
-std::string Suggestion(lua_State* lua, const std::string& message) {
-  constexpr std::string_view kBefore = "a nil value (global '";
-  const size_t at = message.find(kBefore);
-  const bool made_already =
-      message.find("; did you mean") != std::string::npos;  // the error went through here before
-  if (at == std::string::npos || made_already) return "";
-  const size_t begin = at + kBefore.size();
-  const std::string wanted = message.substr(begin, message.find('\'', begin) - begin);
+std::string SuggestGlobal(lua_State* lua, const std::string& wanted) {
   std::vector<std::string> known;
   for (const auto& [name, known_class] : HostOf(lua).classes()) known.push_back(known_class->name);
   for (const auto& [name, group] : HostOf(lua).globals().all()) known.push_back(group.name);
@@ -114,6 +104,19 @@ std::string Suggestion(lua_State* lua, const std::string& message) {
   lua_pop(lua, 1);
   const std::string nearest = NearestName(wanted, known);
   return nearest.empty() ? "" : Text("; did you mean \"", nearest, "\"?");
+}
+
+namespace {
+
+// Lua's message about a value that is nil names the global.
+std::string Suggestion(lua_State* lua, const std::string& message) {
+  constexpr std::string_view kBefore = "a nil value (global '";
+  const size_t at = message.find(kBefore);
+  const bool made_already =
+      message.find("; did you mean") != std::string::npos;  // the error went through here before
+  if (at == std::string::npos || made_already) return "";
+  const size_t begin = at + kBefore.size();
+  return SuggestGlobal(lua, message.substr(begin, message.find('\'', begin) - begin));
 }
 
 }  // namespace

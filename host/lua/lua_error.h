@@ -25,6 +25,9 @@ void PushError(lua_State* lua, const std::exception& error);
 // What an error value says. One that cannot say it is told by its type.
 std::string ErrorText(lua_State* lua, int index);
 
+// For a global that is nil: "; did you mean ...?", or nothing when no name comes close.
+std::string SuggestGlobal(lua_State* lua, const std::string& wanted);
+
 // For lua_pcall: adds the traceback to a message that nobody caught.
 int AddTraceback(lua_State* lua);
 

@@ -2,6 +2,9 @@
 
 #include <lua.hpp>
 
+#include <cstdint>
+#include <optional>
+
 #include "host/host/host.h"
 
 namespace host {
@@ -9,8 +12,9 @@ namespace host {
 // What every function that scripts call can reach by its lua_State. It lives as long as the state does.
 struct ScriptContext {
   Host& host;
-  int running_calls = 0;  // of C functions
-  bool ending = false;    // the state is being closed
+  int running_calls = 0;                   // of C functions
+  bool ending = false;                     // the state is being closed
+  std::optional<int64_t> last_color = {};  // that a handler gave
 };
 
 inline void SetContext(lua_State* lua, ScriptContext* context) {

@@ -62,6 +62,7 @@ void PushResult(lua_State* lua, const Type& type, const Value& value) {
   if (type.kind == Type::Kind::kString && std::holds_alternative<std::monostate>(value)) {
     PushString(lua, "");
   } else {
+    if (type.kind == Type::Kind::kColor) ContextOf(lua).last_color = std::get<int64_t>(value);
     PushValue(lua, value);
   }
 }

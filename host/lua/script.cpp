@@ -48,7 +48,7 @@ void SetArguments(lua_State* lua, const std::string& name, const std::vector<std
 }  // namespace
 
 Script::Script(Host& host, const std::string& name, std::vector<std::string> arguments, bool allow_c_modules)
-    : context_{host}, lua_(luaL_newstate()), arguments_(std::move(arguments)) {
+    : context_{.host = host}, lua_(luaL_newstate()), arguments_(std::move(arguments)) {
   if (lua_ == nullptr) throw std::bad_alloc();
   SetContext(lua_, &context_);
   OpenLibraries(lua_, allow_c_modules);

@@ -107,7 +107,13 @@ examples.with_folder(function(folder)
     local status, got = shell("cat %s | gifhost $examples/%s /dev/stdin %s", gif, script, output or "")
     t.expect(script .. got, status, 0)
     assert(got:find(said, 1, true), got)
+    local _, dash = shell("cat %s | gifhost $examples/%s - %s", gif, script, output and "- 2>&1 >/dev/null" or "")
+    assert(dash:find(said, 1, true), dash)
   end
+  -- Standard output that is a file, shared with others
+  shell("{ echo before; cat %s | gifhost $examples/payload.lua --get comment=- -; echo behind; } >%s/shared", gif, folder)
+  t.expect("shared", (examples.read(folder .. "/shared"):gsub(", drawn.*cpp", "")), "before\nA lighthouse at nightbehind\n")
+  t.expect("twice", shell("gifhost $examples/diff.lua - -"), 2)
   local _, bytes = shell("cat %s | gifhost $examples/edit.lua --comment x /dev/stdin /dev/stdout 2>/dev/null | cat", gif)
   t.expect("piped", GifStringToGifZKV(bytes).Count, 35)
   shell("cat %s/pipe > %s/piped & gifhost $examples/first.lua %s %s/pipe; wait", folder, folder, gif, folder)

@@ -53,6 +53,9 @@ local function print_help(wanted)
   print(wanted.about .. "\n")
   for _, row in ipairs(rows) do print(("  %-" .. longest .. "s  %s"):format(row[1], row[2])) end
   if wanted.more then print("\n" .. wanted.more) end
+  if wanted.operands:find("IN") or wanted.operands:find("PATH") then
+    print("\n- in place of a file is standard input" .. (wanted.operands:find("OUT%.") and " or output" or "") .. "; ./- a file of that name.")
+  end
   print("\nExit status: 0; 1 something failed; 2 wrong usage.")
 end
 
@@ -107,6 +110,19 @@ local function check_count(wanted, count)
   if count < names - optional or count > names and not many then reject("expected " .. wanted.operands) end
 end
 
+-- "-" is standard input, as OUT standard output.
+local function resolve_streams(wanted, operands)
+  local inputs, has_output = 0, wanted.operands:find("OUT%.%a+$") or wanted.operands:find("OUT%.%a+%]$") and #operands > 1
+  for i, operand in ipairs(operands) do
+    local is_output = has_output and i == #operands
+    if operand == "-" then
+      operands[i] = is_output and "/dev/stdout" or "/dev/stdin"
+      if not is_output then inputs = inputs + 1 end
+    end
+  end
+  if inputs > 1 then reject("- is standard input, which can be read once") end
+end
+
 -- A picture or a page written over what it is made of is a slip; a GIF may take its own place.
 local function check_output(wanted, operands)
   local kind = wanted.operands:match(" OUT%.(%a+)$")
@@ -153,6 +169,7 @@ function command.parse(wanted)
     if options[name] then wanted.operands = names end
   end
   check_count(wanted, #operands)
+  resolve_streams(wanted, operands)
   check_output(wanted, operands)
   host.use((options[other] ~= nil) == (other == "tolerant") and "tolerant" or "designed")
   options[other] = nil

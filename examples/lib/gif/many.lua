@@ -60,8 +60,8 @@ end
 local function below(path) return (path:gsub("^[/.]*/", "")) end
 
 -- The files that paths and a list name, in a scratch file: path and name for mirroring, a zero byte after each. Folders
--- stand for all files in them named *.gif. Gives the file and how many there are.
-local function gather(paths, list)
+-- stand for all files in them named *.gif. What is no file cannot be shared. Gives the scratch file and how many there are.
+local function gather(paths, list, shared)
   local names <const>, count = OutputFile(), 0
   local written = {}
   local function flush()
@@ -80,6 +80,8 @@ local function gather(paths, list)
       local root = path:gsub("/*$", "/")
       local pipe <close> = io.popen("find -L -- " .. files.quoted(root) .. " -type f -iname '*.gif' -print0 | LC_ALL=C sort -z")
       for_each_part(pipe, "\0", function(name) add(name, name:sub(#root + 1)) end)
+    elseif shared and facts.kind ~= "file" then
+      command.fail(path .. ": what is no file cannot be shared among processes")
     else
       add(path, path:match("[^/]*$"))
     end
@@ -195,17 +197,39 @@ local function finish(bundle, seconds, pass_on)
   return table.move(bundle.names, done + 2, #bundle.names, 1, {})
 end
 
--- The names that a log has whole lines for; what is behind the last of them is cut off.
-local function read_log(path)
-  local done, whole, size = {}, 0, 0
-  local file <close> = io.open(path, "rb")
-  for line in file and file:lines("L") or function() end do
-    size = size + #line
-    local name = line:sub(-1) == "\n" and json.name_in(line)
-    if name then done[name], whole = true, size end
+-- Goes through the names of a log's whole lines, each with the place behind it.
+local function names_in(log)
+  local at = 0
+  return function()
+    for line in log:lines("L") do
+      at = at + #line
+      local name = line:sub(-1) == "\n" and json.name_in(line)
+      if name then return name, at end
+    end
   end
-  if whole < size then os.execute(("truncate -s %d -- %s"):format(whole, files.quoted(path))) end
-  return done
+end
+
+-- Gives a function that tells whether a log has a line for a name; what is behind its last whole line is cut off. Lines come
+-- in the order of the names, so that one after the other is looked at; all are kept only when they are of another list.
+local function done_by(path)
+  local log = io.open(path, "rb")
+  if not log then return function() return false end end
+  local whole = 0
+  for _, at in names_in(log) do whole = at end
+  if whole < log:seek("end") then os.execute(("truncate -s %d -- %s"):format(whole, files.quoted(path))) end
+  log:seek("set")
+  local next_name, others = names_in(log), nil
+  local logged = next_name()
+  return function(name)
+    if not others and logged ~= name and logged then
+      others = { [logged] = true }
+      for other in next_name do others[other] = true end
+    end
+    if others then return others[name] end
+    if not logged then return false end
+    logged = next_name()
+    return true
+  end
 end
 
 -- Looks at many files. wanted: options, those of many.options; paths; work(path, mirrored), which gives a table of
@@ -218,11 +242,11 @@ function many.run(wanted)
     work_through(seconds, wanted.work)
     os.exit(0, true)
   end
-  local names <const>, count = gather(wanted.paths, options["files-from"])
+  local names <const>, count = gather(wanted.paths, options["files-from"], true)
   if count == 0 then command.fail("no files named *.gif there") end
-  local log, done
+  local log, is_done
   if options.resume then
-    done = read_log(options.resume)
+    is_done = done_by(options.resume)
     local opened, why = io.open(options.resume, "ab")
     log = opened or command.fail(why)
   end
@@ -250,7 +274,7 @@ function many.run(wanted)
     while #taken < wished do
       local path, mirrored = next_name()
       if not path then break end
-      if done and done[path] then step() else taken[#taken + 1] = { path, mirrored } end
+      if is_done and is_done(path) then step() else taken[#taken + 1] = { path, mirrored } end
     end
     return #taken > 0 and taken or nil
   end
