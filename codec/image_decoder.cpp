@@ -27,7 +27,7 @@ namespace {
 constexpr uint64_t kStep = 16, kLongStep = 32;
 
 // Of at least 56 bits in a load of eight bytes, four codes have at most 48.
-constexpr int32_t kBatch = 4, kLoad = 8;
+constexpr int32_t kBatch = 4;
 
 // Bytes behind the last pixel that there is room for: the short strings of one batch are not asked whether they fit.
 constexpr uint64_t kSpare = kBatch * kStep + kLongStep;
@@ -107,8 +107,9 @@ class ImageDecoder {
  private:
   bool MakeRoom(uint64_t room);
   bool NeedsRoom() const { return room_ < total_ && done_ + kTableSize > room_; }
-  bool HasBatch() const;
-  void DecodeBatches();
+  bool HasCodes() const;
+  bool DecodeCodes();
+  void WidenCodes();
   bool DecodeOne();
   void Append(String string, bool own);
   void RestartCodes();
@@ -186,36 +187,33 @@ bool ImageDecoder::Decode() {
   std::memcpy(memory_, kSingles.data(), kSingles.size());
   while (done_ < total_) {
     if (NeedsRoom() && !MakeRoom(std::min(total_, 2 * room_))) return false;
-    if (HasBatch()) {
-      DecodeBatches();
-      if (done_ >= total_ || NeedsRoom()) continue;
-    }
-    if (!DecodeOne()) return HandOver();
+    if (HasCodes() && DecodeCodes()) continue;
+    if (done_ < total_ && !NeedsRoom() && !DecodeOne()) return HandOver();
   }
   done_ = total_;
   KeepWholeRows();
   return true;
 }
 
-// Whether there are bits for several codes of one width, and a string that the first of them makes an entry of.
-bool ImageDecoder::HasBatch() const {
-  return next_ != end_code_ && width_limit_ - next_ > kBatch && input_->block_len - input_->block_pos >= kLoad;
+// Whether there are bits for a code of this width, and a string that it makes an entry of.
+bool ImageDecoder::HasCodes() const {
+  const int32_t bits = 8 * (input_->block_len - input_->block_pos) + input_->bit_count;
+  return next_ != end_code_ && next_ < width_limit_ && bits >= code_width_;
 }
 
-// Several codes of one width from each load of bits. Stops before a code that is not plainly sound, near the
-// end of the bytes at hand, where the width is about to change and where there is no room.
+// The codes of one width, several from each load of bits, to the end of the bytes at hand or of the room. False
+// before a code that is not plainly sound, or whose string does not fit.
 //
 // What the loop keeps is in locals, which the stores of pixels cannot change, and is as little as can be: there are
-// registers for all of it with any compiler. All that is unusual about a code shows in the length of its string.
-void ImageDecoder::DecodeBatches() {
+// registers for nearly all of it with any compiler. All that is unusual about a code shows in two comparisons.
+bool ImageDecoder::DecodeCodes() {
   const int32_t width = code_width_;
   const uint64_t mask = (uint64_t{1} << width) - 1;
   const uint8_t* const in = input_->block;
-  const int32_t start = 8 * input_->block_pos - input_->bit_count, last_load = 8 * (input_->block_len - kLoad);
-  auto bit = static_cast<uint32_t>(start);
+  auto bit = static_cast<uint32_t>(8 * input_->block_pos - input_->bit_count);
   int64_t next = next_;
   const int64_t stop =
-      next + kBatch * std::min((width_limit_ - 1 - next_) / kBatch, (last_load - start) / (kBatch * width) + 1);
+      next + std::min(width_limit_ - next_, (8 * input_->block_len - static_cast<int32_t>(bit)) / width);
   const uint64_t room = room_;
   uint8_t* const pixels = memory_;
   String* const strings = strings_;
@@ -249,11 +247,15 @@ void ImageDecoder::DecodeBatches() {
     return true;
   };
   bool sound = true;
-  while (sound && next != stop && done < room) {
+  while (sound && stop - next >= kBatch && done < room) {
     uint64_t codes = Load64(in + bit / 8) >> bit % 8;
     bit += static_cast<uint32_t>(kBatch * width);
-    sound = decode(codes) && decode(codes) && decode(codes) &&
-            decode(codes);  // NOLINT(misc-redundant-expression): kBatch codes
+    sound = decode(codes) && decode(codes) && decode(codes) && decode(codes);  // NOLINT(misc-redundant-expression)
+  }
+  while (sound && next != stop && done < room) {
+    uint64_t codes = Load64(in + bit / 8) >> bit % 8;
+    bit += static_cast<uint32_t>(width);
+    sound = decode(codes);
   }
   const int32_t end = 8 * input_->block_pos - input_->bit_count + static_cast<int32_t>(next - next_) * code_width_;
   input_->block_pos = (end + 7) / 8;
@@ -262,6 +264,14 @@ void ImageDecoder::DecodeBatches() {
   next_ = static_cast<int32_t>(next);
   done_ = done;
   latest_ = entry - 1;
+  WidenCodes();
+  return sound;
+}
+
+void ImageDecoder::WidenCodes() {
+  if (next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
+  width_limit_ *= 2;
+  code_width_++;
 }
 
 // One code, wherever it stands. False, with nothing taken, when the row decoder must see to it.
@@ -291,9 +301,8 @@ void ImageDecoder::Append(String string, bool own) {
   if (own && fitting == length) memory_[done_ + length - 1] = memory_[done_];
   latest_ = MakeString(done_, length);
   done_ += fitting;
-  if (++next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
-  width_limit_ *= 2;
-  code_width_++;
+  next_++;
+  WidenCodes();
 }
 
 void ImageDecoder::RestartCodes() {
