@@ -54,12 +54,13 @@ void Compare(benchmark::State& state, Image& image, const std::function<void()>&
 // As conversions do: the table is prepared once for each image.
 void Render(benchmark::State& state, int64_t width, int64_t height, uint32_t colours) {
   Image image(width, height, colours);
-  Compare(state, image, [&] {
-    const RowRenderer renderer(image.table);
-    for (int64_t y = 0; y < height; ++y) {
-      renderer.Render(&image.indexes[y * width], width, &image.pixels[4 * y * width]);
-    }
-  });
+  std::vector<const uint8_t*> from;
+  std::vector<uint8_t*> to;
+  for (int64_t y = 0; y < height; ++y) {
+    from.push_back(&image.indexes[y * width]);
+    to.push_back(&image.pixels[4 * y * width]);
+  }
+  Compare(state, image, [&] { RowRenderer(image.table).RenderRows(from, width, to.data()); });
 }
 
 void RenderWith(benchmark::State& state, const RowKernel& kernel, int64_t width, int64_t height, uint32_t colours) {
@@ -75,7 +76,7 @@ void RenderWith(benchmark::State& state, const RowKernel& kernel, int64_t width,
 }
 
 void RegisterAll() {
-  constexpr struct { int64_t width, height; } kSizes[] = {{4096, 4096}, {1024, 768}, {100, 75}};
+  constexpr struct { int64_t width, height; } kSizes[] = {{4096, 4096}, {1024, 768}, {100, 75}, {32, 32}};
   for (const auto& size : kSizes) {
     for (uint32_t colours : {256, 16, 2}) {
       const std::string what =
@@ -84,6 +85,7 @@ void RegisterAll() {
           ->UseManualTime();
       for (const RowKernel& kernel : RowKernels()) {
         if (colours == 256 && kernel.step == 32) continue;  // it takes 16 colours at most
+        if (size.width < kernel.step) continue;
         benchmark::RegisterBenchmark((std::string(kernel.name) + "/" + what).c_str(), [=, &kernel](
                                                                                           benchmark::State& state) {
           RenderWith(state, kernel, size.width, size.height, colours);

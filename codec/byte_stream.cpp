@@ -5,15 +5,12 @@
 
 #include "platform/files.h"
 
-int MyGetc(MyFILE* stream) {
-  if (stream->file) {
-    const int byte = GetByte(stream->file);
-    if (byte == EOF) return 0;
-    ++stream->position;
-    return byte;
-  }
-  if (!stream->buffer || stream->position >= stream->size) return 0;
-  return stream->buffer[stream->position++];
+int GetcElsewhere(MyFILE* stream) {
+  if (!stream->file) return 0;
+  const int byte = GetByte(stream->file);
+  if (byte == EOF) return 0;
+  ++stream->position;
+  return byte;
 }
 
 void ReadBytes(MyFILE* stream, uint8_t* bytes, int64_t count) {

@@ -25,7 +25,12 @@ namespace {
 
 // Copies run over: by 15 bytes after a short string, by 31 after a long one. They read as far.
 constexpr uint64_t kStep = 16, kLongStep = 32;
-constexpr uint64_t kSpare = kLongStep;  // bytes behind the last pixel
+
+// Of at least 56 bits in a load of eight bytes, four codes have at most 48.
+constexpr int32_t kBatch = 4;
+
+// Bytes behind the last pixel that there is room for: the short strings of one batch are not asked whether they fit.
+constexpr uint64_t kSpare = kBatch * kStep + kLongStep;
 
 // The strings of single pixels lie before the image: places are counted from the first of them.
 constexpr uint64_t kFirstPixel = 256;
@@ -76,17 +81,15 @@ inline uint64_t Load64(const uint8_t* bytes) {
   }
 }
 
-// Of at least 56 bits in a load of eight bytes, four codes have at most 48.
-constexpr int32_t kBatch = 4, kLoad = 8;
+// A string in the image: how many pixels it has, below, and the place of the first, above. As one word it is found
+// with one load and noted with one store (photographs a tenth faster than with fields of their own).
+using String = uint64_t;
+constexpr String kNoString = ~String{0};  // longer than any
 
-// A string in the image, and the code that put it there. As a table entry it is one pixel longer.
-struct String {
-  uint32_t place;   // of its first pixel
-  uint16_t length;  // pixels; 0: no string
-  uint16_t code;
-};
-
-inline String Entry(String string) { return {string.place, static_cast<uint16_t>(string.length + 1), string.code}; }
+constexpr String MakeString(uint64_t place, uint64_t length) { return place << 32 | length; }
+constexpr uint64_t Place(String string) { return string >> 32; }
+constexpr uint64_t Length(String string) { return static_cast<uint32_t>(string); }
+constexpr String OneMore(String string) { return string + 1; }  // pixel
 
 // Where a row began: `last_code`, `stack_depth` and `stack` as the row decoder's call found them. Of `stack` there is
 // as much as that depth can bring back, with what later strings left on it.
@@ -103,17 +106,18 @@ class ImageDecoder {
 
  private:
   bool MakeRoom(uint64_t room);
-  bool NeedsRoom() const { return room_ < total_ && room_ - done_ < kBatch * kTableSize; }
-  bool HasBatch() const;
-  template <bool kNearEnd>
-  void DecodeBatches();
+  bool NeedsRoom() const { return room_ < total_ && done_ + kTableSize > room_; }
+  bool HasCodes() const;
+  bool DecodeCodes();
+  void WidenCodes();
   bool DecodeOne();
-  void Append(int32_t code, uint64_t place, uint64_t length);
+  void Append(String string, bool own);
   void RestartCodes();
   void Clear();
 
   int32_t CodesSinceClear() const { return next_ - end_code_; }
   String SinceClear(int32_t index) const;
+  int32_t CodeSinceClear(int32_t index) const;
   int32_t FirstOfRow(uint64_t row) const;
   uint64_t Column() const { return (done_ - kFirstPixel) % width_; }
   void SaveRow();
@@ -132,15 +136,16 @@ class ImageDecoder {
   uint64_t room_ = 0;                  // the place behind the last pixel that there is memory for
   uint8_t* memory_ = nullptr;          // the single pixels, the image, `kSpare` bytes
   uint64_t ahead_ = 0;                 // bytes of the memory before them
-  uint64_t done_ = kFirstPixel;        // the place behind the last pixel decoded
+  uint64_t done_ = kFirstPixel;        // the place behind the last pixel decoded; up to `kSpare` beyond `room_`
   uint64_t cleared_at_ = kFirstPixel;  // `done_` at the last clear code
-  String latest_{};                    // by the previous code
+  int32_t first_bit_ = 0;              // of the first code since then, in the first byte that `input_` keeps
+  String latest_ = 0;                  // by the previous code
   int32_t next_;  // the entry that the next code defines; `end_code_`, standing for none, after a clear code
   RowStart row_;  // of the row in which the last clear code came
-  String strings_[kTableSize];
+  String strings_[kTableSize];  // by code: that of the code before it and the pixel that follows there
 };
 
-static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 96 * 1024);  // all lie on the stack
+static_assert(sizeof(CodeInput) + sizeof(ImageDecoder) + sizeof(GifDecoder) < 104 * 1024);  // all lie on the stack
 
 ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, GifPicture* picture)
     : stream_(stream),
@@ -153,10 +158,9 @@ ImageDecoder::ImageDecoder(MyFILE* stream, CodeInput* input, int32_t code_size, 
       total_(kFirstPixel + width_ * static_cast<uint64_t>(picture->height)) {
   RestartCodes();
   row_.stack_depth = 0;
-  const auto clear_code = static_cast<uint32_t>(clear_code_);
-  for (uint32_t code = 0; code < clear_code; ++code) strings_[code] = {code & 0xFF, 1, 0};
-  strings_[clear_code] = {};
-  strings_[clear_code + 1] = {};
+  const auto clear_code = static_cast<uint64_t>(clear_code_);
+  for (uint64_t code = 0; code < clear_code; ++code) strings_[code] = MakeString(code & 0xFF, 1);
+  strings_[clear_code] = strings_[clear_code + 1] = kNoString;
 }
 
 // Makes the memory, or moves it to more. False, with nothing changed, when there is not so much.
@@ -183,77 +187,91 @@ bool ImageDecoder::Decode() {
   std::memcpy(memory_, kSingles.data(), kSingles.size());
   while (done_ < total_) {
     if (NeedsRoom() && !MakeRoom(std::min(total_, 2 * room_))) return false;
-    if (HasBatch()) {
-      DecodeBatches<false>();
-      if (room_ == total_) DecodeBatches<true>();
-      if (NeedsRoom()) continue;
-    }
-    if (done_ < total_ && !DecodeOne()) return HandOver();
+    if (HasCodes() && DecodeCodes()) continue;
+    if (done_ < total_ && !NeedsRoom() && !DecodeOne()) return HandOver();
   }
+  done_ = total_;
   KeepWholeRows();
   return true;
 }
 
-// Whether there are bits for several codes of one width, and a string that the first of them makes an entry of.
-bool ImageDecoder::HasBatch() const {
-  return next_ != end_code_ && width_limit_ - next_ > kBatch && input_->block_len - input_->block_pos >= kLoad;
+// Whether there are bits for a code of this width, and a string that it makes an entry of.
+bool ImageDecoder::HasCodes() const {
+  const int32_t bits = 8 * (input_->block_len - input_->block_pos) + input_->bit_count;
+  return next_ != end_code_ && next_ < width_limit_ && bits >= code_width_;
 }
 
-// Several codes of one width from each load of bits. Stops before a code that is not plainly sound, near the
-// end of the bytes at hand, where the width is about to change and, unless `kNearEnd`, where strings might
-// not fit.
-template <bool kNearEnd>
-void ImageDecoder::DecodeBatches() {
-  // In locals, which the stores of pixels cannot change.
+// The codes of one width, several from each load of bits, to the end of the bytes at hand or of the room. False
+// before a code that is not plainly sound, or whose string does not fit.
+//
+// What the loop keeps is in locals, which the stores of pixels cannot change, and is as little as can be: there are
+// registers for nearly all of it with any compiler. All that is unusual about a code shows in two comparisons.
+bool ImageDecoder::DecodeCodes() {
   const int32_t width = code_width_;
   const uint64_t mask = (uint64_t{1} << width) - 1;
-  const int64_t last_next = width_limit_ - 1 - kBatch;
+  const uint8_t* const in = input_->block;
+  auto bit = static_cast<uint32_t>(8 * input_->block_pos - input_->bit_count);
+  int64_t next = next_;
+  const int64_t stop =
+      next + std::min(width_limit_ - next_, (8 * input_->block_len - static_cast<int32_t>(bit)) / width);
   const uint64_t room = room_;
   uint8_t* const pixels = memory_;
   String* const strings = strings_;
-  const uint8_t* in = input_->block + input_->block_pos;
-  const uint8_t* const in_end = input_->block + input_->block_len;
-  uint64_t buffer = input_->bit_buffer;
-  int32_t bits = input_->bit_count;
-  int64_t next = next_;
   uint64_t done = done_;
-  String latest = latest_;
+  String entry = OneMore(latest_);
 
-  const auto decode = [&]() GIF_ALWAYS_INLINE {
-    const auto code = static_cast<int64_t>(buffer & mask);
-    strings[next] = Entry(latest);
-    const uint64_t length = strings[code].length;
-    if (length == 0 || (kNearEnd && length > room - done)) return false;
+  const auto decode = [&](uint64_t& codes) GIF_ALWAYS_INLINE {
+    const auto code = static_cast<int64_t>(codes & mask);
+    String string = strings[code];
+    strings[next] = entry;
     uint8_t* const to = pixels + done;
-    const uint8_t* const from = pixels + strings[code].place;
-    if (code >= next) [[unlikely]] {
-      if (code > next) return false;
-      CopyWithFirst(to, from, length);
+    if (code >= next || Length(string) > kStep) [[unlikely]] {
+      const bool own = code >= next;
+      if (own) {
+        if (code != next) return false;
+        string = entry;
+      }
+      if (done + Length(string) > room) return false;
+      if (own) {
+        CopyWithFirst(to, pixels + Place(string), Length(string));
+      } else {
+        CopyForward(to, pixels + Place(string), Length(string));
+      }
     } else {
-      CopyForward(to, from, length);
+      CopyStep<kStep>(to, pixels + Place(string));
     }
-    latest = {static_cast<uint32_t>(done), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
-    done += length;
+    entry = OneMore(MakeString(done, Length(string)));
+    done += Length(string);
     ++next;
-    buffer >>= width;
+    codes >>= width;
     return true;
   };
   bool sound = true;
-  while (sound && next <= last_next && in_end - in >= kLoad && (kNearEnd || room - done >= kBatch * kTableSize)) {
-    // Bits above `bits` are those that the next load brings once more.
-    buffer |= Load64(in) << bits;
-    in += (63 - bits) >> 3;
-    bits |= 56;
-    const int64_t first = next;
-    sound = decode() && decode() && decode() && decode();  // NOLINT(misc-redundant-expression): kBatch codes
-    bits -= static_cast<int32_t>(next - first) * width;
+  while (sound && stop - next >= kBatch && done < room) {
+    uint64_t codes = Load64(in + bit / 8) >> bit % 8;
+    bit += static_cast<uint32_t>(kBatch * width);
+    sound = decode(codes) && decode(codes) && decode(codes) && decode(codes);  // NOLINT(misc-redundant-expression)
   }
-  input_->bit_buffer = buffer & ((uint64_t{1} << bits) - 1);
-  input_->bit_count = bits;
-  input_->block_pos = static_cast<int32_t>(in - input_->block);
+  while (sound && next != stop && done < room) {
+    uint64_t codes = Load64(in + bit / 8) >> bit % 8;
+    bit += static_cast<uint32_t>(width);
+    sound = decode(codes);
+  }
+  const int32_t end = 8 * input_->block_pos - input_->bit_count + static_cast<int32_t>(next - next_) * code_width_;
+  input_->block_pos = (end + 7) / 8;
+  input_->bit_count = 8 * input_->block_pos - end;
+  input_->bit_buffer = input_->bit_count == 0 ? 0 : in[end / 8] >> end % 8;
   next_ = static_cast<int32_t>(next);
   done_ = done;
-  latest_ = latest;
+  latest_ = entry - 1;
+  WidenCodes();
+  return sound;
+}
+
+void ImageDecoder::WidenCodes() {
+  if (next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
+  width_limit_ *= 2;
+  code_width_++;
 }
 
 // One code, wherever it stands. False, with nothing taken, when the row decoder must see to it.
@@ -262,29 +280,29 @@ bool ImageDecoder::DecodeOne() {
   if (!input_->Fill(stream_, width)) return false;
   const int32_t code = input_->Peek(width);
   if (code == clear_code_) {
+    input_->Drop(width);
     Clear();
-  } else {
-    const bool first = next_ == end_code_;
-    if (first ? code > clear_code_ : code > next_ || next_ == kTableSize) return false;
-    if (!first) strings_[next_] = Entry(latest_);
-    const String string = strings_[code];
-    if (string.length == 0) return false;
-    Append(code, string.place, string.length);
+    return true;
   }
+  const bool first = next_ == end_code_;
+  if (first ? code > clear_code_ : code > next_ || next_ == kTableSize) return false;
+  if (!first) strings_[next_] = OneMore(latest_);
+  if (strings_[code] == kNoString) return false;
+  Append(strings_[code], code == next_);
   input_->Drop(width);
   return true;
 }
 
-// Puts a code's string into the image, as much of it as there is room for. The code has defined its entry.
-void ImageDecoder::Append(int32_t code, uint64_t place, uint64_t length) {
-  const uint64_t fitting = std::min(length, total_ - done_);
-  CopyForward(memory_ + done_, memory_ + place, fitting);
-  if (code == next_ && fitting == length) memory_[done_ + length - 1] = memory_[done_];
-  latest_ = {static_cast<uint32_t>(done_), static_cast<uint16_t>(length), static_cast<uint16_t>(code)};
+// Puts a code's string into the image, as much of it as there is room for. The code may be that of the entry that it
+// has defined itself.
+void ImageDecoder::Append(String string, bool own) {
+  const uint64_t length = Length(string), fitting = std::min(length, total_ - done_);
+  CopyForward(memory_ + done_, memory_ + Place(string), fitting);
+  if (own && fitting == length) memory_[done_ + length - 1] = memory_[done_];
+  latest_ = MakeString(done_, length);
   done_ += fitting;
-  if (++next_ < width_limit_ || code_width_ == kMaxCodeWidth) return;
-  width_limit_ *= 2;
-  code_width_++;
+  next_++;
+  WidenCodes();
 }
 
 void ImageDecoder::RestartCodes() {
@@ -298,15 +316,26 @@ void ImageDecoder::Clear() {
   SaveRow();
   RestartCodes();
   cleared_at_ = done_;
+  first_bit_ = input_->KeepFromHere();
 }
 
 // What the codes since the last clear code put into the image, in order. Each but the latest is half of an
 // entry.
 String ImageDecoder::SinceClear(int32_t index) const {
-  if (index == CodesSinceClear() - 1) return latest_;
-  String string = strings_[end_code_ + 1 + index];
-  string.length--;
-  return string;
+  return index == CodesSinceClear() - 1 ? latest_ : strings_[end_code_ + 1 + index] - 1;
+}
+
+// Those codes themselves, from the data once more.
+int32_t ImageDecoder::CodeSinceClear(int32_t index) const {
+  int32_t width = code_size_ + 1, bit = 8 * input_->keep_from + first_bit_, first = 0;  // code of that width
+  while (width < kMaxCodeWidth) {
+    const int32_t end = std::max((1 << width) - end_code_, first + 1);  // at least one: with a code size of 0
+    if (index < end) break;
+    bit += (end - first) * width++;
+    first = end;
+  }
+  bit += (index - first) * width;
+  return static_cast<int32_t>(Load64(input_->block + bit / 8) >> bit % 8 & ((uint64_t{1} << width) - 1));
 }
 
 // The code that put the pixel before a row into the image. The row begins after the clear code.
@@ -314,7 +343,7 @@ int32_t ImageDecoder::FirstOfRow(uint64_t row) const {
   int32_t low = 0, high = CodesSinceClear();
   while (high - low > 1) {
     const int32_t middle = (low + high) / 2;
-    (SinceClear(middle).place < row ? low : high) = middle;
+    (Place(SinceClear(middle)) < row ? low : high) = middle;
   }
   return low;
 }
@@ -326,17 +355,17 @@ void ImageDecoder::SaveRow() {
   if (row > cleared_at_) {
     first = FirstOfRow(row);
     const String across = SinceClear(first);
-    row_.last_code = across.code;
-    row_.stack_depth = static_cast<int32_t>(across.place + uint64_t{across.length} - row);
+    row_.last_code = CodeSinceClear(first);
+    row_.stack_depth = static_cast<int32_t>(Place(across) + Length(across) - row);
   }
   // Each table code pushed its string onto the empty stack, last pixel first, over those before it.
   const auto depth = static_cast<uint64_t>(row_.stack_depth);
   uint64_t filled = 0;
   for (int32_t i = CodesSinceClear() - 1; i >= first && filled < depth; --i) {
     const String string = SinceClear(i);
-    if (string.code < clear_code_) continue;
-    const uint8_t* last = memory_ + string.place + string.length - 1;
-    const uint64_t end = std::min<uint64_t>(string.length, depth);
+    if (Length(string) == 1) continue;
+    const uint8_t* last = memory_ + Place(string) + Length(string) - 1;
+    const uint64_t end = std::min(Length(string), depth);
     for (; filled < end; ++filled) row_.stack[filled] = *(last - filled);
   }
 }
@@ -350,11 +379,11 @@ GifDecoder ImageDecoder::Exact() const {
   exact.width_limit = width_limit_;
   exact.last_code = row_.last_code;
   exact.stack_depth = row_.stack_depth;
-  exact.input = *input_;
+  exact.input = input_;
   std::copy_n(row_.stack, row_.stack_depth, exact.stack);
   for (int32_t entry = end_code_ + 1; entry < next_; ++entry) {
     const String string = strings_[entry];
-    DefineEntry(&exact, entry, string.code, memory_[string.place + string.length - 1]);
+    DefineEntry(&exact, entry, CodeSinceClear(entry - end_code_ - 1), memory_[Place(string) + Length(string) - 1]);
   }
   return exact;
 }
@@ -396,15 +425,14 @@ bool ImageDecoder::ReadTail(GifDecoder* exact, uint8_t* line, int32_t got) {
   if (!line) return false;
   SaveRow();
   GifDecoder exact = Exact();
+  const int32_t last_code = next_ == end_code_ ? kNoCode : CodeSinceClear(CodesSinceClear() - 1);
+  input_->keep_from = CodeInput::kKeepNone;
   const uint64_t column = Column();
   std::memcpy(line.get(), memory_ + done_ - column, column);
   KeepWholeRows();
-  const int32_t last_code = next_ == end_code_ ? kNoCode : latest_.code;
   const int32_t got =
       ContinueGifLine(stream_, &exact, line.get(), picture_->width, static_cast<int32_t>(column), last_code);
-  const bool kept = ReadTail(&exact, line.get(), got);
-  input_->data_ended = exact.input.data_ended;
-  return kept;
+  return ReadTail(&exact, line.get(), got);
 }
 
 }  // namespace

@@ -31,8 +31,8 @@ void DefineEntry(GifDecoder* decoder, int32_t entry, int32_t code, uint8_t pixel
 }
 
 static int32_t ReadCode(MyFILE* stream, GifDecoder* decoder) {
-  decoder->input.Fill(stream, decoder->code_width);
-  const int32_t code = decoder->input.Take(decoder->code_width);
+  decoder->input->Fill(stream, decoder->code_width);
+  const int32_t code = decoder->input->Take(decoder->code_width);
 
   const bool widens = decoder->code_count >= decoder->width_limit && decoder->code_width < kMaxCodeWidth;
   decoder->code_count++;
@@ -161,11 +161,11 @@ int32_t ReadGifLine(MyFILE* stream, GifDecoder* decoder, uint8_t* line, int32_t 
 }
 
 bool OnlyZerosFollow(const GifDecoder* decoder) {
-  return decoder->input.OnlyZerosFollow() && decoder->stack_depth == 0;
+  return decoder->input->OnlyZerosFollow() && decoder->stack_depth == 0;
 }
 
 bool RepeatsForGood(const GifDecoder* decoder, int32_t length) {
   const bool table_full = decoder->code_count - 1 >= kTableSize;  // for the next code
   return !kTolerant && table_full && decoder->last_code != kNoCode && decoder->stack_depth < length &&
-         decoder->input.OnlyZerosFollow();
+         decoder->input->OnlyZerosFollow();
 }

@@ -29,7 +29,7 @@ struct GifDecoder {
   int32_t width_limit;          // 2 to the power `code_width`: the count that widens the codes
   int32_t last_code;            // the previous code; `kNoCode` in the beginning and after a clear code
   int32_t stack_depth;          // pixels on `stack` that wait for the next row
-  CodeInput input;              // the image's data
+  CodeInput* input;             // the image's data, borrowed
   int32_t pushed_code;          // the table code whose string fills `stack` from the bottom; `kNoCode`: unknown
   int32_t pushed_depth;         // that string's pixels
   uint8_t stack[kTableSize];    // a decoded string, its last pixel at the bottom

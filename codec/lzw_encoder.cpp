@@ -25,8 +25,6 @@ constexpr int64_t kPixelsPerCodeInRuns = 4, kPixelsPerCodeToGoOn = 2;
 // The first choice is made when so many strings have been added, and the next whenever they are twice as many: taking
 // them over costs less than finding them did. Later in large images: their tables take time to clear.
 constexpr int32_t kFirstChoice = 128, kFirstChoiceOfLargeImage = 1024;
-// From so many on the tables are worth clearing that large images have.
-constexpr int32_t kStringsOfLargeImage = 1024;
 
 // --- Codes on their way out ---------------------------------------------------------------------------------------
 
@@ -115,7 +113,7 @@ StringsBy Choose(const GifEncoder* encoder, const uint8_t* at, const uint8_t* en
   const int32_t added = strings.next_code - encoder->choice_code;
   const bool first = added == 0;  // nothing is known but what comes
   const bool runs = (first || encoder->pixels_used < 2) && IsMostlyRuns(at, end);
-  if (encoder->pixels_used < 2 && !runs) return StringsBy::kBits;
+  if (encoder->pixels_used < 2 && !runs && !encoder->small_image) return StringsBy::kBits;
   if (first) return runs ? StringsBy::kRuns : any;
   const int64_t enough = encoder->by == StringsBy::kRuns ? kPixelsPerCodeToGoOn : kPixelsPerCodeInRuns;
   return encoder->pixels_since_choice >= enough * added ? StringsBy::kRuns : any;
@@ -124,7 +122,7 @@ StringsBy Choose(const GifEncoder* encoder, const uint8_t* at, const uint8_t* en
 void Use(GifEncoder* encoder, StringsBy by) {
   if (by == StringsBy::kTable) UseTable(encoder->table, encoder->strings);
   if (by == StringsBy::kPairs) UsePairs(encoder->pairs, encoder->table, encoder->strings);
-  if (by == StringsBy::kRuns) UseRuns(encoder->runs, encoder->table, encoder->strings);
+  if (by == StringsBy::kRuns) UseRuns(encoder->runs, encoder->table, encoder->strings, !encoder->small_image);
   if (by == StringsBy::kBits) UseBits(encoder->bits, encoder->strings);
   encoder->by = by;
 }
@@ -139,12 +137,22 @@ void SetPause(GifEncoder* encoder) {
   encoder->choice_code = strings.next_code;
 }
 
+// The table grows with the strings: four times as large when a quarter is full, or half of a small image's, for which
+// filling it anew costs more than searching longer.
+bool Grow(GifEncoder* encoder) {
+  const uint32_t most = encoder->small_image ? StringTable::kFewEntries : StringTable::kMostEntries;
+  const uint32_t entries = encoder->table.mask + 1;
+  const auto strings = static_cast<uint32_t>(encoder->strings.next_code - encoder->strings.end_code);
+  if (entries == most || strings <= entries / (encoder->small_image ? 2 : 4)) return false;
+  encoder->table.mask = std::min(4 * entries, most) - 1;
+  return true;
+}
+
 void ChooseAgain(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
-  const LzwStrings& strings = encoder->strings;
-  const bool grows = !IsLargeImage(encoder) && strings.next_code - strings.end_code > kStringsOfLargeImage;
-  if (grows) encoder->table.mask = StringTable::kMostEntries - 1;
+  const bool first = encoder->strings.next_code == encoder->choice_code;  // nothing is ready yet
+  const bool grows = Grow(encoder);
   const StringsBy by = Choose(encoder, at, end);
-  if (grows || by != encoder->by) Use(encoder, by);
+  if (first || grows || by != encoder->by) Use(encoder, by);
   SetPause(encoder);
 }
 
@@ -196,7 +204,7 @@ void LookAtPixels(GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
 
 }  // namespace
 
-void StartGifEncoder(GifEncoder* encoder, int code_size) {
+void StartGifEncoder(GifEncoder* encoder, int code_size, int64_t pixels) {
   LzwStrings& strings = encoder->strings;
   encoder->code_size = code_size;
   strings.clear_code = 1 << code_size;
@@ -207,9 +215,12 @@ void StartGifEncoder(GifEncoder* encoder, int code_size) {
   encoder->finished = 0;
   encoder->block_len = 0;
   encoder->pixels_used = code_size < 8 ? 0 : 0xFF;  // all fit, and none are looked at
-  encoder->table.mask = StringTable::kFewEntries - 1;
+  encoder->small_image = pixels <= kSmallImage;
+  auto* const small_entries = reinterpret_cast<uint32_t*>(reinterpret_cast<uint8_t*>(encoder) + kSmallEntries);
+  encoder->table.entries = encoder->small_image ? small_entries : encoder->entries;
+  encoder->table.mask = (encoder->small_image ? StringTable::kFewest : StringTable::kFewEntries) - 1;
+  encoder->by = StringsBy::kTable;
   ForgetStrings(encoder);
-  Use(encoder, StringsBy::kTable);
   SetPause(encoder);
 }
 

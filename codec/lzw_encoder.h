@@ -12,6 +12,7 @@
 //   WriteGifCode(stream, encoder, encoder->strings.end_code);
 //   WriteGifCode(stream, encoder, kFlush);
 
+#include <cstddef>
 #include <cstdint>
 
 #include "codec/byte_stream.h"
@@ -24,7 +25,8 @@ constexpr int32_t kFlush = 4096;  // in place of a code: write out everything an
 // How strings are found at present.
 enum class StringsBy { kTable, kPairs, kRuns, kBits };
 
-// About 256 KiB, of which small images use a part; owned by its user, who need not fill it in.
+// About 256 KiB, owned by its user, who need not fill it in. For an image of few pixels the first `EncoderSize` bytes
+// are enough: memory that large comes new from the system each time, which takes longer than coding an icon.
 struct GifEncoder {
   int32_t code_size;    // the minimum code size of the image, 2 to 11
   int32_t code_width;   // bits of the next code written, up to 12
@@ -41,18 +43,30 @@ struct GifEncoder {
   StringsBy by;
   int64_t pixels_since_choice;  // and the strings added since then
   int32_t choice_code;
+  bool small_image;     // the encoder is that of few pixels
+  uint8_t block[8192];  // image data still to be written, up to many sub-blocks of it
+
   StringTable table;
-  union {  // of which `by` tells the one in use
+  union {  // of which `by` tells the one in use; none by the table alone
     PairStrings pairs;
     RunStrings runs;
     BitStrings bits;
   };
-
-  uint8_t block[8192];  // image data still to be written, up to many sub-blocks of it
+  uint32_t
+      entries[StringTable::kMostEntries];  // the table's; those of a small image take the place of the runs' rows
 };
 
-// Readies an encoder for an image whose pixels are coded with at least `code_size` (2 to 11) bits.
-void StartGifEncoder(GifEncoder* encoder, int code_size);
+constexpr int64_t kSmallImage = StringTable::kFewEntries / 2;  // pixels at most
+constexpr size_t kSmallEntries = offsetof(GifEncoder, runs) + offsetof(RunStrings, first_other) + sizeof(FirstOthers);
+
+constexpr size_t EncoderSize(int64_t pixels) {
+  constexpr size_t kSmallSize = kSmallEntries + StringTable::kFewEntries * sizeof(uint32_t);
+  return pixels <= kSmallImage ? kSmallSize : sizeof(GifEncoder);
+}
+
+// Readies an encoder for an image whose pixels are coded with at least `code_size` (2 to 11) bits, and of which there
+// are at most `pixels`.
+void StartGifEncoder(GifEncoder* encoder, int code_size, int64_t pixels = INT64_MAX);
 
 // Adds `len` pixels, which go on where the line before ended. Does nothing for a null line or a length below 1. A
 // pixel that does not fit the code size is written with the bits it has and spoils the codes after it.

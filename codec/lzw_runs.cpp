@@ -165,20 +165,14 @@ const uint8_t* Code(RunStrings& runs, StringTable& table, LzwStrings& strings, c
   return at;
 }
 
-// Pixels that a row is for; 0 when there are too many colours for rows.
-int32_t RowLength(const LzwStrings& strings) {
-  return strings.clear_code <= 4 ? 4 : strings.clear_code <= 16 ? 16 : 0;
-}
-
 }  // namespace
 
-void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings) {
-  const int32_t row = RowLength(strings);
-  (row == 0 ? TakeOver<0> : row == 4 ? TakeOver<4> : TakeOver<16>)(runs, table, strings);
+void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings, bool with_rows) {
+  runs.row = !with_rows || strings.clear_code > 16 ? 0 : strings.clear_code <= 4 ? 4 : 16;
+  (runs.row == 0 ? TakeOver<0> : runs.row == 4 ? TakeOver<4> : TakeOver<16>)(runs, table, strings);
 }
 
 const uint8_t* CodeRuns(RunStrings& runs, StringTable& table, LzwStrings& strings, const uint8_t* at,
                         const uint8_t* end) {
-  const int32_t row = RowLength(strings);
-  return (row == 0 ? Code<0> : row == 4 ? Code<4> : Code<16>)(runs, table, strings, at, end);
+  return (runs.row == 0 ? Code<0> : runs.row == 4 ? Code<4> : Code<16>)(runs, table, strings, at, end);
 }

@@ -37,6 +37,7 @@ struct FirstOthers {
 // Valid as a whole from `UseRuns` on.
 struct RunStrings {
   RunInHand hand;
+  uint32_t row;           // pixels of a row; 0 without rows
   int32_t codes_used;     // entries of `codes` given away
   uint16_t first[4096];   // by head: where its place in `codes` begins; 0, a place without room, for most
   uint16_t codes[16384];  // each place: the longest run, the codes that there is room for, the codes from length 2 on
@@ -48,6 +49,7 @@ struct RunStrings {
 
 // All pixels must fit the code size, those of the strings that there are, too: one that does not could be taken for a
 // string's code.
-void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings);
+// `with_rows`: there is memory for the rows of other pixels.
+void UseRuns(RunStrings& runs, StringTable& table, const LzwStrings& strings, bool with_rows);
 const uint8_t* CodeRuns(RunStrings& runs, StringTable& table, LzwStrings& strings, const uint8_t* at,
                         const uint8_t* end);

@@ -42,14 +42,15 @@ inline uint32_t LastPixel(const LzwStrings& strings, uint32_t code) {
 struct StringTable {
   static constexpr uint32_t kMostEntries = 16384;  // four times as many as strings: probing seldom goes on
   static constexpr uint32_t kFewEntries = 4096;    // for the first strings of an image: quick to clear
+  static constexpr uint32_t kFewest = 2048;        // for those of a small one
   static constexpr uint32_t kEmpty = 0xFFFFFFFF;   // no key is that high: prefixes stay below 4095
 
   uint32_t mask;  // the number of entries in use, less one
-  uint32_t entries[kMostEntries];
+  uint32_t* entries;
 };
 
 inline void ClearTable(StringTable& table) {
-  std::memset(table.entries, 0xFF, (table.mask + 1) * sizeof table.entries[0]);
+  std::memset(table.entries, 0xFF, (size_t{table.mask} + 1) * sizeof table.entries[0]);
 }
 
 inline uint32_t Entry(uint32_t key, uint32_t code) { return key << kMaxCodeWidth | code; }

@@ -77,7 +77,8 @@ const uint8_t* RowReader::Row(int64_t row) {
   if (row < 0 || row >= picture_->height || width < 1) return nullptr;
   const int32_t position = FilePosition(picture_->height, picture_->in_passes, static_cast<int32_t>(row));
   const RowPixels found = FindRow(*picture_, position);
-  if (found.length == width) return found.pixels;
+  in_buffer_ = found.length != width;
+  if (!in_buffer_) return found.pixels;
   if (!buffer_) buffer_.reset(NewRecord<uint8_t>(static_cast<size_t>(width)));
   if (!buffer_) return nullptr;
   if (found.length > 0) std::memcpy(buffer_.get(), found.pixels, static_cast<size_t>(found.length));

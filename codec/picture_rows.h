@@ -22,10 +22,14 @@ class RowReader {
   // the picture does not have or that has no width, and without memory for the buffer.
   const uint8_t* Row(int64_t row);
 
+  // Whether the row given last stays good for as long as the picture does.
+  bool RowStays() const { return !in_buffer_; }
+
  private:
   const GifPicture* picture_;
   Owned<uint8_t> buffer_;  // zeros but for its first `used_` bytes
   int32_t used_ = 0;
+  bool in_buffer_ = false;  // the row given last
 };
 
 // --- Keeping them ----------------------------------------------------------------------------------------------

@@ -101,10 +101,11 @@ int32_t CodeSize(const GifScreen* screen, const GifPicture* picture) {
 
 void WriteImageData(MyFILE* stream, const GifScreen* screen, const GifPicture* picture) {
   const int32_t code_size = CodeSize(screen, picture);
-  const Owned<GifEncoder> encoder(static_cast<GifEncoder*>(std::malloc(sizeof(GifEncoder))));
+  const int64_t pixels = int64_t{picture->width} * picture->height;
+  const Owned<GifEncoder> encoder(static_cast<GifEncoder*>(std::malloc(EncoderSize(pixels))));
   MyPutc(stream, code_size);
   if (!encoder) return EndSubBlocks(stream);  // an image without pixels: what follows stays readable
-  StartGifEncoder(encoder.get(), code_size);
+  StartGifEncoder(encoder.get(), code_size, pixels);
   WriteGifCode(stream, encoder.get(), encoder->strings.clear_code);
   ForEachRow(picture, [&](const uint8_t* row) { WriteGifLine(stream, encoder.get(), row, picture->width); });
   if (encoder->strings.prefix_code != kNoPrefix) WriteGifCode(stream, encoder.get(), encoder->strings.prefix_code);

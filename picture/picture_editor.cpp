@@ -1,6 +1,7 @@
 #include "picture/picture_editor.h"
 
 #include <algorithm>
+#include <array>
 #include <cstring>
 #include <utility>
 
@@ -92,29 +93,29 @@ void PictureEditor::Hold(REALpictureStruct* picture, LockedDescription descripti
   row_index_ = 0;
 }
 
-uint32_t PictureEditor::PixelOf(uint8_t red, uint8_t green, uint8_t blue) const {
-  const uint32_t r = red, g = green, b = blue;
+PixelFormat PictureEditor::Format() const {
   switch (pixel_format_) {
     case kGDPixelFormat:  // libgd's alpha runs the other way: 0 is opaque
-      return r << 16 | g << 8 | b;
+      return {16, 8, 0, 0};
     case kCGImageAlphaPremultipliedFirst:
     case kCGImageAlphaFirst:
     case kCGImageAlphaNoneSkipFirst:  // bytes 255, red, green, blue
-      return b << 24 | g << 16 | r << 8 | 0xFF;
+      return {8, 16, 24, 0xFF};
     default:  // bytes red, green, blue, 255
-      return 0xFF000000 | b << 16 | g << 8 | r;
+      return {0, 8, 16, 0xFF000000};
   }
 }
 
 void PictureEditor::WritePixel(uint8_t red, uint8_t green, uint8_t blue) {
-  const uint32_t pixel = PixelOf(red, green, blue);
+  const uint32_t pixel = Format().PixelOf(red, green, blue);
   std::memcpy(cursor_, &pixel, sizeof pixel);
   cursor_ += sizeof pixel;
 }
 
-void PictureEditor::WriteRow(const RowRenderer& renderer, const uint8_t* indexes, int64_t count) {
-  renderer.Render(indexes, count, cursor_);
-  cursor_ += count * static_cast<int64_t>(sizeof(uint32_t));
+void PictureEditor::WriteRows(const RowRenderer& renderer, std::span<const uint8_t* const> rows, int64_t count) {
+  std::array<uint8_t*, kRowsAtOnce> places;
+  for (size_t y = 0; y < rows.size(); ++y, NextRow()) places[y] = cursor_;
+  renderer.RenderRows(rows, count, places.data());
 }
 
 void PictureEditor::NextRow() {

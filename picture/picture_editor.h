@@ -16,6 +16,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <span>
 
 #include "bridge/host_reference.h"
 #include "picture/locked_description.h"
@@ -25,6 +26,13 @@ class RowRenderer;
 // Which kind of pixels this host has; false until found out, then true for the life of the process.
 extern std::atomic<bool> IsDesktop;
 extern std::atomic<bool> IsConsole;
+
+// An opaque colour as a word: how far each part is shifted up, and the rest of it.
+struct PixelFormat {
+  uint32_t red, green, blue, rest;
+
+  uint32_t PixelOf(uint32_t r, uint32_t g, uint32_t b) const { return r << red | g << green | b << blue | rest; }
+};
 
 class PictureEditor {
  public:
@@ -43,15 +51,16 @@ class PictureEditor {
   // takes `width` pixels and no more.
   void WritePixel(uint8_t red, uint8_t green, uint8_t blue);
 
-  // Stores `count` pixels at the cursor, as that many `WritePixel` calls would; `indexes` as for the
-  // renderer.
-  void WriteRow(const RowRenderer& renderer, const uint8_t* indexes, int64_t count);
+  // Stores rows of `count` pixels from the cursor on, as that many `WritePixel` calls and a `NextRow` for each would;
+  // at most `kRowsAtOnce`.
+  static constexpr size_t kRowsAtOnce = 16;
+  void WriteRows(const RowRenderer& renderer, std::span<const uint8_t* const> rows, int64_t count);
 
   // Moves the cursor to the start of the next row; after the last one, back to the first.
   void NextRow();
 
-  // The opaque colour as a word in the opened picture's pixel format.
-  uint32_t PixelOf(uint8_t red, uint8_t green, uint8_t blue) const;
+  // How the opened picture holds opaque colours.
+  PixelFormat Format() const;
 
   // Ends the editing: the picture, with one reference for the caller, or null when none is open.
   REALpictureStruct* RenderPictureWriter();

@@ -75,42 +75,105 @@ __m256i_u* Vector256(uint8_t* bytes) { return static_cast<__m256i_u*>(static_cas
 // --- AVX-512 VBMI: all 256 entries of a plane sit in four registers; 64 look-ups in each of the four planes
 // at once ---
 
+constexpr int64_t kPlanesStep = 64;
+
+// Of the lowest bytes of 32 entries in two registers, then of the next ones.
+constexpr auto kPlaces = [] {
+  std::array<uint8_t, 64> places{};
+  for (size_t i = 0; i < 64; ++i) places[i] = static_cast<uint8_t>(i % 32 * 4 + i / 32);
+  return places;
+}();
+
+// From one quarter of the table at a time, 16 entries in each of four registers.
+GIF_TARGET("avx512f,avx512bw,avx512vbmi")
+void CutPlanes(RowLookup& lookup) {
+  const __m512i low = _mm512_loadu_si512(kPlaces.data()), high = _mm512_add_epi8(low, _mm512_set1_epi8(2));
+  for (size_t at = 0; at < lookup.pixels.size(); at += 64) {
+    __m512i entries[4];
+    for (size_t i = 0; i < 4; ++i) entries[i] = _mm512_loadu_si512(lookup.pixels.data() + at + 16 * i);
+    for (size_t b = 0; b < 4; b += 2) {
+      const __m512i place = b == 0 ? low : high, front = _mm512_permutex2var_epi8(entries[0], place, entries[1]),
+                    back = _mm512_permutex2var_epi8(entries[2], place, entries[3]);
+      _mm512_store_si512(lookup.planes[b].data() + at, _mm512_maskz_shuffle_i64x2(0xFF, front, back, 0x44));
+      _mm512_store_si512(lookup.planes[b + 1].data() + at, _mm512_maskz_shuffle_i64x2(0xFF, front, back, 0xEE));
+    }
+  }
+}
+
 bool PreparePlanes(RowLookup& lookup) {
   if (!GIF_PROCESSOR_HAS("avx512bw") || !GIF_PROCESSOR_HAS("avx512vbmi")) return false;
-  for (size_t b = 0; b < lookup.planes.size(); ++b) {
-    std::transform(lookup.pixels.begin(), lookup.pixels.end(), lookup.planes[b].begin(),
-                   [b](uint32_t pixel) { return static_cast<uint8_t>(pixel >> 8 * b); });
-  }
+  CutPlanes(lookup);
   return true;
+}
+
+struct Planes {
+  __m512i plane[4][4];
+};
+
+GIF_TARGET("avx512f,avx512bw,avx512vbmi")
+inline Planes LoadPlanes(const RowLookup& lookup) {
+  Planes planes;
+  for (int b = 0; b < 4; ++b) {
+    for (int quarter = 0; quarter < 4; ++quarter) {
+      planes.plane[b][quarter] = _mm512_load_si512(lookup.planes[b].data() + 64 * quarter);
+    }
+  }
+  return planes;
+}
+
+// The pixels of 64 indexes, in order.
+GIF_TARGET("avx512f,avx512bw,avx512vbmi")
+inline void LookUp(const Planes& planes, __m512i indexes, __m512i (&out)[4]) {
+  // Unpacking works inside each 16 bytes: this order of the indexes makes the pixels come out in sequence.
+  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+  // Masked, with nothing masked out: g++ 12 takes the plain form for one that reads an unset register.
+  const __m512i index = _mm512_maskz_permutexvar_epi32(0xFFFF, order, indexes);
+  const __mmask64 upper_half = _mm512_movepi8_mask(index);
+  __m512i byte[4];
+  for (int b = 0; b < 4; ++b) {
+    const __m512i(&plane)[4] = planes.plane[b];
+    byte[b] = _mm512_mask_blend_epi8(upper_half, _mm512_permutex2var_epi8(plane[0], index, plane[1]),
+                                     _mm512_permutex2var_epi8(plane[2], index, plane[3]));
+  }
+  const __m512i low01 = _mm512_unpacklo_epi8(byte[0], byte[1]), high01 = _mm512_unpackhi_epi8(byte[0], byte[1]);
+  const __m512i low23 = _mm512_unpacklo_epi8(byte[2], byte[3]), high23 = _mm512_unpackhi_epi8(byte[2], byte[3]);
+  out[0] = _mm512_unpacklo_epi16(low01, low23);
+  out[1] = _mm512_unpackhi_epi16(low01, low23);
+  out[2] = _mm512_unpacklo_epi16(high01, high23);
+  out[3] = _mm512_unpackhi_epi16(high01, high23);
 }
 
 GIF_TARGET("avx512f,avx512bw,avx512vbmi")
 void RenderPlanes(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels) {
-  __m512i plane[4][4];
-  for (int b = 0; b < 4; ++b) {
-    for (int quarter = 0; quarter < 4; ++quarter) {
-      plane[b][quarter] = _mm512_load_si512(lookup.planes[b].data() + 64 * quarter);
-    }
+  const Planes planes = LoadPlanes(lookup);
+  for (int64_t x = 0; x < count; x = NextStart(x, kPlanesStep, count)) {
+    __m512i out[4];
+    LookUp(planes, _mm512_loadu_si512(indexes + x), out);
+    for (int i = 0; i < 4; ++i) _mm512_storeu_si512(pixels + 4 * x + 64 * i, out[i]);
   }
-  // Unpacking works inside each 16 bytes: this order of the indexes makes the pixels come out in sequence.
-  const __m512i order = _mm512_setr_epi32(0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15);
+}
 
-  for (int64_t x = 0; x < count; x = NextStart(x, 64, count)) {
-    // Masked, with nothing masked out: g++ 12 takes the plain form for one that reads an unset register.
-    const __m512i index = _mm512_maskz_permutexvar_epi32(0xFFFF, order, _mm512_loadu_si512(indexes + x));
-    const __mmask64 upper_half = _mm512_movepi8_mask(index);
-    __m512i byte[4];
-    for (int b = 0; b < 4; ++b) {
-      byte[b] = _mm512_mask_blend_epi8(upper_half, _mm512_permutex2var_epi8(plane[b][0], index, plane[b][1]),
-                                       _mm512_permutex2var_epi8(plane[b][2], index, plane[b][3]));
-    }
-    const __m512i low01 = _mm512_unpacklo_epi8(byte[0], byte[1]), high01 = _mm512_unpackhi_epi8(byte[0], byte[1]);
-    const __m512i low23 = _mm512_unpacklo_epi8(byte[2], byte[3]), high23 = _mm512_unpackhi_epi8(byte[2], byte[3]);
-    uint8_t* out = pixels + 4 * x;
-    _mm512_storeu_si512(out, _mm512_unpacklo_epi16(low01, low23));
-    _mm512_storeu_si512(out + 64, _mm512_unpackhi_epi16(low01, low23));
-    _mm512_storeu_si512(out + 128, _mm512_unpacklo_epi16(high01, high23));
-    _mm512_storeu_si512(out + 192, _mm512_unpackhi_epi16(high01, high23));
+// Rows of a step at most. The planes are loaded once for all, and two rows of up to 32 pixels make one step: an icon
+// is rendered three to four times as fast.
+GIF_TARGET("avx512f,avx512bw,avx512vbmi")
+void RenderNarrowByPlanes(const RowLookup& lookup, std::span<const uint8_t* const> rows, int64_t count,
+                          uint8_t* const* pixels) {
+  const Planes planes = LoadPlanes(lookup);
+  const uint64_t mask = ~uint64_t{0} >> (kPlanesStep - count);
+  const auto store = [](uint8_t* to, uint64_t wanted, __m512i sixteen) GIF_TARGET("avx512f") {
+    _mm512_mask_storeu_epi32(to, static_cast<__mmask16>(wanted), sixteen);
+  };
+  const bool pairs = 2 * count <= kPlanesStep;
+  for (size_t y = 0; y < rows.size(); y += pairs ? 2 : 1) {
+    const size_t other = pairs && y + 1 < rows.size() ? y + 1 : y;
+    __m512i indexes = _mm512_maskz_loadu_epi8(mask, rows[y]), out[4];
+    if (pairs) indexes = _mm512_maskz_shuffle_i64x2(0xFF, indexes, _mm512_maskz_loadu_epi8(mask, rows[other]), 0x44);
+    LookUp(planes, indexes, out);
+    uint8_t* const second = pairs ? pixels[other] : pixels[y] + 128;
+    store(pixels[y], mask, out[0]);
+    store(pixels[y] + 64, mask >> 16, out[1]);
+    store(second, pairs ? mask : mask >> 32, out[2]);
+    store(second + 64, pairs ? mask >> 16 : mask >> 48, out[3]);
   }
 }
 
@@ -191,7 +254,7 @@ void RenderWindow(const RowLookup& lookup, const uint8_t* indexes, int64_t count
 
 constexpr RowKernel kKernels[] = {
 #if defined(GIF_X86_KERNELS)
-    {"planes of 256, AVX-512 VBMI", 64, PreparePlanes, RenderPlanes},
+    {"planes of 256, AVX-512 VBMI", kPlanesStep, PreparePlanes, RenderPlanes, RenderNarrowByPlanes},
     {"planes of 16, AVX2", 32, PrepareWindow, RenderWindow},
     {"eight a step, AVX2", 8, PrepareEights, RenderEights},
 #elif defined(GIF_NEON_KERNELS)

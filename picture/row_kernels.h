@@ -28,6 +28,9 @@ struct RowKernel {
   // Fills in what `render` needs besides the pixels; false when the processor or the table do not suit.
   bool (*prepare)(RowLookup& lookup);
   void (*render)(const RowLookup& lookup, const uint8_t* indexes, int64_t count, uint8_t* pixels);
+  // The same for rows of 1 to `step` pixels, one row after the other; null: there is nothing faster for those.
+  void (*render_narrow)(const RowLookup& lookup, std::span<const uint8_t* const> rows, int64_t count,
+                        uint8_t* const* pixels) = nullptr;
 };
 
 // Fastest first. The last one suits every processor and every table.

@@ -6,6 +6,7 @@
 #endif
 
 #include <algorithm>
+#include <cstdlib>
 #include <vector>
 
 #include "codec/document.h"
@@ -83,9 +84,15 @@ TEST(LzwDecoder, GivesTheRowsOfKnownStreams) {
   }
 }
 
+// As many as the environment asks for, from a seed of their own; else `usual`.
+int Wanted(int usual) {
+  const char* wanted = std::getenv("LZW_STREAMS");
+  return wanted ? std::atoi(wanted) : usual;
+}
+
 // Gives what the judge has met.
 std::array<int64_t, oracle::kEventCount> ExpectAgreement(int streams, int32_t most_pixels) {
-  StreamMaker maker(20240229);
+  StreamMaker maker(20240229 + static_cast<uint32_t>(Wanted(0)));
   static oracle::GifDecoder judge;
   judge.events = {};
   for (int i = 0; i < streams; ++i) {
@@ -100,9 +107,9 @@ std::array<int64_t, oracle::kEventCount> ExpectAgreement(int streams, int32_t mo
 }
 
 TEST(LzwDecoder, AgreesWithTheOracleOnRandomAndDamagedStreams) {
-  constexpr int kStreams = 100000;
-  const auto met = ExpectAgreement(kStreams, 0);
-  EXPECT_GT(*std::min_element(met.begin(), met.end()), kStreams / 500) << testing::PrintToString(met);
+  const int streams = Wanted(100000);
+  const auto met = ExpectAgreement(streams, 0);
+  EXPECT_GT(*std::min_element(met.begin(), met.end()), streams / 500) << testing::PrintToString(met);
 }
 
 // What the data do not reach is zeros, whatever the copies before it wrote: into memory that was zeros before they

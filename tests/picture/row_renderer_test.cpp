@@ -79,4 +79,31 @@ TEST(RowRenderer, AllKernelsAgreeWithTheJudge) {
   EXPECT_EQ(tables_taken, ExpectedTables());
 }
 
+// Rows of every width that is narrow for some kernel, each in a place of its own, with bytes around it that stay.
+TEST(RowRenderer, RowsTogetherAreRowsOneByOne) {
+  std::minstd_rand random(9);
+  PixelTable table;
+  for (uint32_t& pixel : table) pixel = static_cast<uint32_t>(random());
+  for (size_t count = 1; count <= 65; ++count) {
+    for (const size_t height : {1, 2, 5, 16}) {
+      std::vector<std::vector<uint8_t>> rows(height, std::vector<uint8_t>(count));
+      std::vector<std::vector<uint8_t>> rendered(height, std::vector<uint8_t>(4 * count + 2, 0xEE));
+      std::vector<const uint8_t*> from;
+      std::vector<uint8_t*> to;
+      for (size_t y = 0; y < height; ++y) {
+        for (uint8_t& index : rows[y]) index = static_cast<uint8_t>(random() >> 8);
+        from.push_back(rows[y].data());
+        to.push_back(rendered[y].data() + 1);
+      }
+      RowRenderer(table).RenderRows(from, static_cast<int64_t>(count), to.data());
+      for (size_t y = 0; y < height; ++y) {
+        std::vector<uint8_t> expected = RenderSlowly(table, rows[y]);
+        expected.insert(expected.begin(), 0xEE);
+        expected.push_back(0xEE);
+        EXPECT_EQ(rendered[y], expected) << "row " << y << " of " << height << ", " << count << " pixels";
+      }
+    }
+  }
+}
+
 }  // namespace
