@@ -9,8 +9,9 @@ namespace host {
 // What every function that scripts call can reach by its lua_State. It lives as long as the state does.
 struct ScriptContext {
   Host& host;
-  int running_calls = 0;  // of C functions
-  bool ending = false;    // the state is being closed
+  int running_calls = 0;                   // of C functions
+  bool ending = false;                     // the state is being closed
+  const void* object_metatable = nullptr;  // what tells objects from other userdata
 };
 
 inline void SetContext(lua_State* lua, ScriptContext* context) {
