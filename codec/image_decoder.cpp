@@ -396,9 +396,16 @@ void ImageDecoder::KeepWholeRows() {
     picture_->memory = nullptr;
     return;
   }
+  const uint64_t count = end - kFirstPixel;
+  picture_->pixel_count = static_cast<int64_t>(count);
+  if (count <= kFirstPixel && ahead_ == 0) {  // as small as what stands before it: there may be very many such images
+    std::memmove(memory_, memory_ + kFirstPixel, count);
+    Shrink(picture_->memory, count);
+    picture_->pixels = static_cast<uint8_t*>(picture_->memory);
+    return;
+  }
   if (end < room_) Shrink(picture_->memory, ahead_ + end);
   picture_->pixels = static_cast<uint8_t*>(picture_->memory) + ahead_ + kFirstPixel;
-  picture_->pixel_count = static_cast<int64_t>(end - kFirstPixel);
 }
 
 // The row decoder's rows, of which the first got so many pixels and the others are still to be read.

@@ -231,11 +231,19 @@ local kWithoutFrames = { blocks = true, recolour = true, loop = true, comment = 
 
 -- --- What changed ------------------------------------------------------------------------------------------------------
 
+-- Without reading the table of one that still has its image's.
+local function has_own_table(frame)
+  local colours, image = rawget(frame, "colours"), frame.image
+  if colours then return #colours > 0 end
+  local palette = image and image.HasPalette and image.Palette
+  return palette and palette.Count > 0
+end
+
 local function summary(document)
   local pixels, own = 0, 0
   for _, frame in ipairs(document.frames) do
     pixels = pixels + frame.width * frame.height
-    own = own + (frame.colours and #frame.colours > 0 and 1 or 0)
+    own = own + (has_own_table(frame) and 1 or 0)
   end
   local others, loops = 0, document:loops()
   for _, block in ipairs(document.blocks) do others = others + (not block.frame and not block.control_of and 1 or 0) end

@@ -24,7 +24,7 @@ local function describe_image(image)
   local flags = list {
     image.Interlace and "interlaced" or "",
     image.HasPalette and "local table of " .. colours(image) or "" }
-  return (("%-11s at %-11s %s"):format(text.size(image), place, flags):gsub(" +$", ""))
+  return (flags == "" and "%-11s at %s" or "%-11s at %-11s %s"):format(text.size(image), place, flags)
 end
 
 -- GIF89a, section 18. An aspect byte of 0 gives no ratio.
@@ -40,7 +40,7 @@ end
 -- A piece of the file stands before its line: its offset and length.
 local function print_line(index, name, description, piece)
   local place = piece and ("%10s %9s"):format(text.grouped(piece.offset), text.grouped(piece.length)) or ""
-  print(("%s  %5s  %-16s %s"):format(place, index, name, description))
+  io.write(("%s  %5s  %-16s %s\n"):format(place, index, name, description))
 end
 
 -- What an image's data consist of.
@@ -70,9 +70,12 @@ local function print_tree(path, gif, with_hex, scan)
   print_line("", "logical screen", describe_screen(gif.Screen), scan and scan.screen or nothing)
   print_line("", "global table", gif.Screen.HasPalette and colours(gif.Screen) or "none", scan and scan.table or nothing)
 
-  local all = blocks.read(gif)
-  for i, block in ipairs(all) do print_block(block, with_hex, scan and scan.blocks[i]) end
-  local sums = blocks.sums(all)
+  local sums, i = blocks.sums {}, 0
+  for block in blocks.each(gif) do  -- there may be very many: none is kept
+    i = i + 1
+    print_block(block, with_hex, scan and scan.blocks[i])
+    blocks.add(sums, block)
+  end
   print_line("", "sum", list {
     count(sums.images, "image"),
     count(sums.extensions, "extension"),

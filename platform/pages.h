@@ -10,3 +10,5 @@ struct MemoryToFill {
   size_t start;  // where the bytes asked for begin in it
 };
 MemoryToFill AllocateToFill(size_t size);
+// The same, of zeros; what is never written to takes no memory.
+MemoryToFill AllocateZerosToFill(size_t size);

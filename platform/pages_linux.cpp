@@ -31,15 +31,29 @@ void Advise(uintptr_t start, size_t size, int advice) {
   [[maybe_unused]] const int refused = madvise(reinterpret_cast<void*>(first), end - first, advice);
 }
 
+// Where `size` bytes begin in memory that has room for them and, when there are many, for beginning on a huge page.
+size_t WithRoom(size_t size) { return size + (size >= kHuge ? kHugePage : 0); }
+size_t StartIn(void* memory, size_t size) {
+  const auto address = reinterpret_cast<uintptr_t>(memory);
+  return size >= kHuge ? RoundUp(address, kHugePage) - address : 0;
+}
+
 }  // namespace
 
-// What is asked for begins on a huge page. (Aligned memory from the library would come new from the system each
-// time.)
+// (Aligned memory from the library would come new from the system each time.)
 MemoryToFill AllocateToFill(size_t size) {
-  const bool huge = size >= kHuge;
-  void* memory = std::malloc(size + (huge ? kHugePage : 0));
+  void* memory = std::malloc(WithRoom(size));
   if (!memory || size < kPopulated) return {memory, 0};
-  const auto address = reinterpret_cast<uintptr_t>(memory), start = huge ? RoundUp(address, kHugePage) : address;
-  Advise(start, size, huge ? MADV_HUGEPAGE : kPopulate);
-  return {memory, start - address};
+  const size_t start = StartIn(memory, size);
+  Advise(reinterpret_cast<uintptr_t>(memory) + start, size, size >= kHuge ? MADV_HUGEPAGE : kPopulate);
+  return {memory, start};
+}
+
+// Not populated: it may stay as it is.
+MemoryToFill AllocateZerosToFill(size_t size) {
+  void* memory = std::calloc(1, WithRoom(size));
+  if (!memory || size < kHuge) return {memory, 0};
+  const size_t start = StartIn(memory, size);
+  Advise(reinterpret_cast<uintptr_t>(memory) + start, size, MADV_HUGEPAGE);
+  return {memory, start};
 }

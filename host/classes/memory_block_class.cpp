@@ -59,6 +59,13 @@ REALstringStruct* GetString(REALobjectStruct* self, int64_t offset, int64_t leng
   return StringResult({reinterpret_cast<const char*>(block.bytes() + offset), static_cast<size_t>(length)});
 }
 
+int8_t EqualBytes(REALobjectStruct* self, REALmemoryBlockStruct* other) {
+  const auto& block = *Self<MemoryBlock>(self);
+  const auto* second = Self<MemoryBlock>(other);
+  if (second == nullptr || block.size() != second->size()) return 0;
+  return block.size() == 0 || std::memcmp(block.bytes(), second->bytes(), static_cast<size_t>(block.size())) == 0;
+}
+
 }  // namespace
 
 void AddMemoryBlockClass(Host& host) {
@@ -69,6 +76,7 @@ void AddMemoryBlockClass(Host& host) {
       MethodRow("Operator_Convert() As Ptr", Native<ConvertToPointer>),
       MethodRow("Byte(offset as Integer) as Integer", Native<GetByte>, Native<SetByte>),
       MethodRow("String(offset as Integer = 0, length as Integer = -1) as String", Native<GetString>),
+      MethodRow("Equals(other as MemoryBlock) as Boolean", Native<EqualBytes>),
   };
   AddMembers(host.AddClass("MemoryBlock", MakeInstance<MemoryBlock>), properties, methods);
 }

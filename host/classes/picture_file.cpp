@@ -1,5 +1,6 @@
 #include "host/classes/picture_file.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cstdio>
@@ -86,24 +87,38 @@ class Rows {
   std::vector<uint32_t> transparency_;
 };
 
+// Writes the pixels' indexes; false when a table can't hold them all.
+bool PutIndexes(std::span<const uint32_t> colors, ColorIndexes& indexes, unsigned char* to) {
+  uint32_t color = colors[0];
+  int index = indexes.IndexOf(static_cast<int>(color));
+  if (std::memcmp(colors.data(), colors.data() + 1, colors.size_bytes() - sizeof(uint32_t)) == 0) {  // all alike
+    std::memset(to, index, colors.size());
+    return index >= 0;
+  }
+  for (const uint32_t next : colors) {
+    if (next != color) {
+      color = next;
+      index = indexes.IndexOf(static_cast<int>(color));
+    }
+    if (index < 0) return false;
+    *to++ = static_cast<unsigned char>(index);
+  }
+  return true;
+}
+
 // The picture with a table of its colours, because such files are mostly smaller and sooner written. Null when a
 // table can't hold them all.
 Image WithColorTable(const Picture& picture) {
+  constexpr size_t kPiece = 32;  // looked at together: mostly of one colour
   Image image(gd::ImageCreate(picture.width(), picture.height()));
   if (!image) throw std::bad_alloc();
   ColorIndexes indexes(image.get());
   Rows rows(picture);
-  uint32_t color = rows.Read(0)[0];
-  int index = indexes.IndexOf(static_cast<int>(color));
   for (int y = 0; y < picture.height(); ++y) {
-    unsigned char* to = image->pixels[y];
-    for (const uint32_t next : rows.Read(y)) {
-      if (next != color) {
-        color = next;
-        index = indexes.IndexOf(static_cast<int>(color));
-        if (index < 0) return nullptr;
-      }
-      *to++ = static_cast<unsigned char>(index);
+    const std::span<const uint32_t> row = rows.Read(y);
+    for (size_t x = 0; x < row.size(); x += kPiece) {
+      const auto piece = row.subspan(x, std::min(kPiece, row.size() - x));
+      if (!PutIndexes(piece, indexes, image->pixels[y] + x)) return nullptr;
     }
   }
   return image;

@@ -1,5 +1,6 @@
 #include "host/core/call_form.h"
 
+#include <array>
 #include <stdexcept>
 
 namespace host {
@@ -33,12 +34,13 @@ CallForm::CallForm(const std::vector<Type>& parameters, const Type& result) : in
   }
 }
 
-Slot CallForm::Call(REALproc function, std::vector<Slot>& arguments) const {
-  std::vector<void*> addresses;
-  addresses.reserve(arguments.size());
-  for (Slot& argument : arguments) addresses.push_back(&argument);
+Slot CallForm::Call(REALproc function, std::span<Slot> arguments) const {
+  std::array<void*, 8> few;  // handlers take more than that only rarely
+  std::vector<void*> many(arguments.size() > few.size() ? arguments.size() : 0);
+  void** addresses = many.empty() ? few.data() : many.data();
+  for (size_t i = 0; i < arguments.size(); ++i) addresses[i] = &arguments[i];
   Slot result{};
-  ffi_call(&interface_, function, &result, addresses.data());
+  ffi_call(&interface_, function, &result, addresses);
   return result;
 }
 

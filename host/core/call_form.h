@@ -5,6 +5,7 @@
 #include <ffi.h>
 
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "bridge/gif_plugin_host.h"
@@ -28,7 +29,7 @@ class CallForm {
   CallForm& operator=(const CallForm&) = delete;
 
   // `arguments` holds one slot for each parameter.
-  Slot Call(REALproc function, std::vector<Slot>& arguments) const;
+  Slot Call(REALproc function, std::span<Slot> arguments) const;
 
  private:
   std::vector<ffi_type*> types_;

@@ -30,6 +30,7 @@ size_t EditDistance(std::string_view a, std::string_view b) {
 }  // namespace
 
 bool SameName(std::string_view a, std::string_view b) {
+  if (a == b) return true;
   return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](char x, char y) { return Lower(x) == Lower(y); });
 }
 

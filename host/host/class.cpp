@@ -69,7 +69,10 @@ Method::Method(const REALmethodDefinition& record, std::string_view owner, bool 
 
 MemberGroup& MemberTable::Group(const std::string& name) {
   MemberGroup& group = groups_[name];
-  if (group.name.empty()) group.name = name;
+  if (group.name.empty()) {
+    group.name = name;
+    as_written_[group.name] = &group;
+  }
   return group;
 }
 
@@ -84,6 +87,8 @@ void MemberTable::Add(std::unique_ptr<Method> method) {
 }
 
 const MemberGroup* MemberTable::Find(std::string_view name) const {
+  const auto as_written = as_written_.find(name);
+  if (as_written != as_written_.end()) return as_written->second;
   const auto found = groups_.find(name);
   return found == groups_.end() ? nullptr : &found->second;
 }

@@ -6,6 +6,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "bridge/gif_plugin_host.h"
@@ -71,6 +72,8 @@ class MemberTable {
  private:
   MemberGroup& Group(const std::string& name);
   NameMap<MemberGroup> groups_;
+  std::unordered_map<std::string_view, const MemberGroup*>
+      as_written_;  // found sooner, where letter case is the same
 };
 
 class Class {

@@ -1,7 +1,7 @@
 #include "host/host/dispatch.h"
 
-#include <algorithm>
-#include <functional>
+#include <array>
+#include <memory_resource>
 
 #include "host/core/fault.h"
 #include "host/core/text.h"
@@ -10,10 +10,10 @@
 namespace host {
 namespace {
 
-Slot ToSlot(const Type& type, const Value& value) {
+Slot ToSlot(Type::Kind kind, const Value& value) {
   Slot slot{};
   if (const auto* integer = std::get_if<int64_t>(&value)) {
-    if (type.kind == Type::Kind::kColor) {
+    if (kind == Type::Kind::kColor) {
       slot.color = static_cast<uint32_t>(*integer);
     } else {
       slot.integer = *integer;
@@ -49,33 +49,49 @@ Value TakeResult(Host& host, const Type& type, const Slot& slot) {
   return object;
 }
 
-std::string ShowAll(const std::vector<Value>& values) {
-  std::string shown;
-  for (const Value& value : values) shown += (shown.empty() ? "" : ", ") + Show(value);
-  return shown;
-}
+// A handler's call: what it is called with, one after the other, and then the call.
+class HandlerCall {
+ public:
+  HandlerCall(Host& host, const std::string& label) : host_(host), label_(label) {}
 
-// `types` are those of `values` and of nothing else.
-Value Invoke(Host& host, const std::string& label, const CallForm& form, REALproc function,
-             const std::vector<Type>& types, const std::vector<Value>& values, const Type& result_type) {
-  std::vector<Slot> slots;
-  for (size_t i = 0; i < values.size(); ++i) slots.push_back(ToSlot(types[i], values[i]));
-  Value result;
-  {
-    HandlerScope scope(label, [&] { return ShowAll(values); });
-    const Slot returned = form.Call(function, slots);
-    result = TakeResult(host, result_type, returned);
-    if (scope.traced() && result_type.kind != Type::Kind::kNothing) scope.set_result(Show(result));
+  void Add(const Ref<Object>& object) {
+    Slot slot{};
+    if (object) slot.handle = object->handle();
+    slots_.push_back(slot);
+    if (IsTracing()) Note(object ? object->Describe() : "nil");
   }
-  if (const Ref<Object> raised = host.TakePending()) {
-    result = Value();  // a result beside an exception is given up
-    dynamic_cast<const Exception&>(*raised).Throw();
+  // The value lives as long as this.
+  void Add(Type::Kind kind, const Value& value) {
+    slots_.push_back(ToSlot(kind, value));
+    if (IsTracing()) Note(Show(value));
   }
-  return result;
-}
 
-const Type kSelf{Type::Kind::kObject, "Object"};
-const Type kInteger{Type::Kind::kInteger, "Integer"};
+  Value Run(const CallForm& form, REALproc function, const Type& result_type) {
+    Value result;
+    {
+      HandlerScope scope(label_, [&] { return shown_; });
+      const Slot returned = form.Call(function, slots_);
+      result = TakeResult(host_, result_type, returned);
+      if (scope.traced() && result_type.kind != Type::Kind::kNothing) scope.set_result(Show(result));
+    }
+    if (const Ref<Object> raised = host_.TakePending()) {
+      result = Value();  // a result beside an exception is given up
+      dynamic_cast<const Exception&>(*raised).Throw();
+    }
+    return result;
+  }
+
+ private:
+  void Note(const std::string& argument) { shown_ += (shown_.empty() ? "" : ", ") + argument; }
+
+  Host& host_;
+  const std::string& label_;
+  // There are few slots: they lie here.
+  std::array<std::byte, 8 * sizeof(Slot)> room_;
+  std::pmr::monotonic_buffer_resource memory_{room_.data(), room_.size()};
+  std::pmr::vector<Slot> slots_{&memory_};
+  std::string shown_;  // when tracing
+};
 
 std::string SignatureOf(const Method& method) {
   std::string signature;
@@ -101,26 +117,42 @@ std::string Mismatch(const std::string& label, const Method& method, const std::
   return "";
 }
 
-// The overload that takes the arguments, of those with a handler that `handler_of` gives.
-const Method& Choose(const MemberGroup& group, const std::vector<Value>& arguments, REALproc Method::*handler_of,
-                     std::string Method::*label_of) {
-  std::string complaint;
+using HandlerOf = REALproc Method::*;  // what a group's methods are called or assigned by
+using LabelOf = std::string Method::*;
+
+// Why none of them takes the arguments.
+[[noreturn]] void RefuseAll(const MemberGroup& group, const std::vector<Value>& arguments, HandlerOf handler_of,
+                            LabelOf label_of) {
   std::string signatures;
   std::string label = group.name;
+  bool exists = false;
   for (const auto& method : group.overloads) {
     label = (*method).*label_of;
     signatures += (signatures.empty() ? "" : " or ") + SignatureOf(*method);
-    if ((*method).*handler_of == nullptr || !TakesCount(*method, arguments.size())) continue;
-    const std::string mismatch = Mismatch(label, *method, arguments);
-    if (mismatch.empty()) return *method;
-    if (complaint.empty()) complaint = mismatch;
+    if ((*method).*handler_of == nullptr) continue;
+    exists = true;
+    if (TakesCount(*method, arguments.size())) throw UsageError(Mismatch(label, *method, arguments));
   }
-  if (!complaint.empty()) throw UsageError(complaint);
-  const bool exists = std::any_of(group.overloads.begin(), group.overloads.end(),
-                                  [&](const auto& method) { return (*method).*handler_of != nullptr; });
   if (!exists && handler_of == &Method::setter) throw UsageError(label.substr(0, label.size() - 1) + " can't be set");
   throw UsageError(Text(label, " takes ", signatures, ", not ", arguments.size(),
                         arguments.size() == 1 ? " argument" : " arguments"));
+}
+
+bool Fits(const Method& method, const std::vector<Value>& arguments) {
+  if (!TakesCount(method, arguments.size())) return false;
+  for (size_t i = 0; i < arguments.size(); ++i) {
+    if (!Accepts(method.declaration.parameters[i].type, arguments[i])) return false;
+  }
+  return true;
+}
+
+// The overload that takes the arguments.
+const Method& Choose(const MemberGroup& group, const std::vector<Value>& arguments, HandlerOf handler_of,
+                     LabelOf label_of) {
+  for (const auto& method : group.overloads) {
+    if ((*method).*handler_of != nullptr && Fits(*method, arguments)) return *method;
+  }
+  RefuseAll(group, arguments, handler_of, label_of);
 }
 
 void FillDefaults(const Method& method, std::vector<Value>& arguments) {
@@ -137,23 +169,20 @@ void FillDefaults(const Method& method, std::vector<Value>& arguments) {
   }
 }
 
-std::vector<Type> ArgumentTypes(const Method& method) {
-  std::vector<Type> types;
-  if (method.takes_self) types.push_back(kSelf);
-  for (const Parameter& parameter : method.declaration.parameters) types.push_back(parameter.type);
-  return types;
-}
-
-void PutSelfFirst(const Method& method, const Ref<Object>& object, std::vector<Value>& arguments) {
-  if (method.takes_self) arguments.insert(arguments.begin(), HandleValue(object));
+// The object and all arguments.
+void AddAll(HandlerCall& call, const Method& method, const Ref<Object>& object, const std::vector<Value>& arguments) {
+  if (method.takes_self) call.Add(object);
+  for (size_t i = 0; i < arguments.size(); ++i) call.Add(method.declaration.parameters[i].type.kind, arguments[i]);
 }
 
 }  // namespace
 
 Value GetProperty(Host& host, const Ref<Object>& object, const Property& property) {
   if (property.getter == nullptr) throw UsageError(property.get_label + " can't be read");
-  return Invoke(host, property.get_label, property.get_form, property.getter, {kSelf, kInteger},
-                {HandleValue(object), property.parameter}, property.type);
+  HandlerCall call(host, property.get_label);
+  call.Add(object);
+  call.Add(Type::Kind::kInteger, property.parameter);
+  return call.Run(property.get_form, property.getter, property.type);
 }
 
 void SetProperty(Host& host, const Ref<Object>& object, const Property& property, const Value& value) {
@@ -161,16 +190,19 @@ void SetProperty(Host& host, const Ref<Object>& object, const Property& property
   if (!Accepts(property.type, value)) {
     throw UsageError(Text(property.get_label, " is ", WithArticle(property.type.name), ", not ", NameOf(value)));
   }
-  Invoke(host, property.set_label, property.set_form, property.setter, {kSelf, kInteger, property.type},
-         {HandleValue(object), property.parameter, value}, {});
+  HandlerCall call(host, property.set_label);
+  call.Add(object);
+  call.Add(Type::Kind::kInteger, property.parameter);
+  call.Add(property.type.kind, value);
+  call.Run(property.set_form, property.setter, {});
 }
 
 Value CallMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments) {
   const Method& method = Choose(group, arguments, &Method::handler, &Method::label);
   FillDefaults(method, arguments);
-  PutSelfFirst(method, object, arguments);
-  return Invoke(host, method.label, *method.call_form, method.handler, ArgumentTypes(method), arguments,
-                method.declaration.result);
+  HandlerCall call(host, method.label);
+  AddAll(call, method, object, arguments);
+  return call.Run(*method.call_form, method.handler, method.declaration.result);
 }
 
 void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& group, std::vector<Value> arguments,
@@ -181,11 +213,10 @@ void AssignMethod(Host& host, const Ref<Object>& object, const MemberGroup& grou
     throw UsageError(Text(method.label, " is ", WithArticle(type.name), ", not ", NameOf(value)));
   }
   FillDefaults(method, arguments);
-  PutSelfFirst(method, object, arguments);
-  arguments.push_back(value);
-  std::vector<Type> types = ArgumentTypes(method);
-  types.push_back(type);
-  Invoke(host, method.set_label, *method.set_form, method.setter, types, arguments, {});
+  HandlerCall call(host, method.set_label);
+  AddAll(call, method, object, arguments);
+  call.Add(type.kind, value);
+  call.Run(*method.set_form, method.setter, {});
 }
 
 Ref<Object> NewObject(Host& host, std::string_view class_name, std::vector<Value> arguments) {

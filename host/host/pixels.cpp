@@ -11,6 +11,7 @@
 #include "bridge/gif_plugin_host.h"
 #include "host/core/heap.h"
 #include "platform/frameworks.h"
+#include "platform/pages.h"
 
 namespace host {
 namespace {
@@ -19,12 +20,12 @@ namespace {
 // made as libgd makes one, but in one piece: memory that nobody writes to is zero and costs nothing.
 class GdPixels : public Pixels {
  public:
-  GdPixels(int width, int height)
-      : pixels_(
-            static_cast<int*>(std::calloc(static_cast<size_t>(width) * static_cast<size_t>(height), sizeof(int)))),
-        rows_(static_cast<size_t>(height)) {
-    if (!pixels_) throw std::bad_alloc();
-    for (size_t y = 0; y < rows_.size(); ++y) rows_[y] = pixels_.get() + y * static_cast<size_t>(width);
+  GdPixels(int width, int height) : rows_(static_cast<size_t>(height)) {
+    const MemoryToFill got = AllocateZerosToFill(static_cast<size_t>(width) * rows_.size() * sizeof(int));
+    memory_.reset(static_cast<std::byte*>(got.memory));
+    if (!memory_) throw std::bad_alloc();
+    int* const pixels = reinterpret_cast<int*>(memory_.get() + got.start);
+    for (size_t y = 0; y < rows_.size(); ++y) rows_[y] = pixels + y * static_cast<size_t>(width);
     image_.sx = width;
     image_.sy = height;
     image_.tpixels = rows_.data();
@@ -53,7 +54,7 @@ class GdPixels : public Pixels {
   void* platform_object() override { return &image_; }
 
  private:
-  std::unique_ptr<int, FreeMemory> pixels_;
+  Memory memory_;
   std::vector<int*> rows_;
   gdImage image_ = {};
 };

@@ -105,24 +105,26 @@ const MemberGroup& RequireElements(const Class& object_class) {
   return *elements;
 }
 
-// Upvalues: the object, the number of elements when the loop began. Arguments: state, last index.
+// Upvalues: the object, the number of elements when the loop began, what gives them. Arguments: state, last index.
 int NextElement(lua_State* lua) {
   const Ref<Object> object = RequireObject(lua, lua_upvalueindex(1));
   const lua_Integer count = lua_tointeger(lua, lua_upvalueindex(2));
   const lua_Integer last = lua_isinteger(lua, 2) != 0 ? lua_tointeger(lua, 2) : -1;
   if (last < -1 || last >= count - 1) return 0;
   const lua_Integer next = last + 1;
+  const auto& elements = *static_cast<const MemberGroup*>(lua_touserdata(lua, lua_upvalueindex(3)));
   lua_pushinteger(lua, next);
-  PushValue(lua, CallMethod(HostOf(lua), object, RequireElements(object->object_class()), {Value(int64_t{next})}));
+  PushValue(lua, CallMethod(HostOf(lua), object, elements, {Value(int64_t{next})}));
   return 2;
 }
 
 int Pairs(lua_State* lua) {
   const Ref<Object> object = RequireObject(lua, 1);
-  RequireElements(object->object_class());
+  const MemberGroup& elements = RequireElements(object->object_class());
   lua_pushvalue(lua, 1);
   lua_pushinteger(lua, CountOf(HostOf(lua), object));
-  lua_pushcclosure(lua, Guarded<NextElement>, 2);
+  lua_pushlightuserdata(lua, const_cast<MemberGroup*>(&elements));
+  lua_pushcclosure(lua, Guarded<NextElement>, 3);
   return 1;
 }
 

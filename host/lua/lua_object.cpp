@@ -6,17 +6,23 @@
 #include "host/host/errors.h"
 #include "host/host/value.h"
 #include "host/lua/lua_error.h"
+#include "host/lua/lua_state.h"
 
 namespace host {
 namespace {
 
-constexpr const char* kMetatable = "host.object";
-constexpr const char* kCache = "host.objects";  // handle → userdata, weak
+// Keys of the registry, by their addresses: found sooner than names.
+const char kMetatable = 0;
+const char kCache = 0;  // handle → userdata, weak
 
 // The reference inside an object's userdata; null when the value is none. Owned by Lua, and null itself after
 // Collect.
 Ref<Object>* Inside(lua_State* lua, int index) {
-  return static_cast<Ref<Object>*>(luaL_testudata(lua, index, kMetatable));
+  void* data = lua_touserdata(lua, index);
+  if (data == nullptr || lua_getmetatable(lua, index) == 0) return nullptr;
+  const bool is_object = lua_topointer(lua, -1) == ContextOf(lua).object_metatable;
+  lua_pop(lua, 1);
+  return is_object ? static_cast<Ref<Object>*>(data) : nullptr;
 }
 
 // What is left is a null reference, which needs no destructor: scripts can meet the userdata again, or call this.
@@ -40,25 +46,28 @@ bool PushKnown(lua_State* lua, const Ref<Object>& object) {
 }  // namespace
 
 void OpenObjects(lua_State* lua) {
-  luaL_newmetatable(lua, kMetatable);
+  lua_newtable(lua);
+  ContextOf(lua).object_metatable = lua_topointer(lua, -1);
+  lua_pushliteral(lua, "host.object");
+  lua_setfield(lua, -2, "__name");
   lua_pushcfunction(lua, Guarded<Collect>);
   lua_setfield(lua, -2, "__gc");
   lua_pushboolean(lua, 0);
   lua_setfield(lua, -2, "__metatable");
-  lua_pop(lua, 1);
+  lua_rawsetp(lua, LUA_REGISTRYINDEX, &kMetatable);
 
   lua_newtable(lua);
   lua_createtable(lua, 0, 1);
   lua_pushstring(lua, "v");
   lua_setfield(lua, -2, "__mode");
   lua_setmetatable(lua, -2);
-  lua_setfield(lua, LUA_REGISTRYINDEX, kCache);
+  lua_rawsetp(lua, LUA_REGISTRYINDEX, &kCache);
 }
 
-void PushObjectMetatable(lua_State* lua) { luaL_getmetatable(lua, kMetatable); }
+void PushObjectMetatable(lua_State* lua) { lua_rawgetp(lua, LUA_REGISTRYINDEX, &kMetatable); }
 
 void PushObject(lua_State* lua, const Ref<Object>& object) {
-  lua_getfield(lua, LUA_REGISTRYINDEX, kCache);
+  lua_rawgetp(lua, LUA_REGISTRYINDEX, &kCache);
   if (!PushKnown(lua, object)) {
     PushObjectMetatable(lua);
     new (lua_newuserdatauv(lua, sizeof(Ref<Object>), 0)) Ref<Object>(object);

@@ -15,6 +15,7 @@ struct ScriptContext {
   int running_calls = 0;                   // of C functions
   bool ending = false;                     // the state is being closed
   std::optional<int64_t> last_color = {};  // that a handler gave
+  const void* object_metatable = nullptr;  // what tells objects from other userdata
 };
 
 inline void SetContext(lua_State* lua, ScriptContext* context) {

@@ -13,17 +13,27 @@ local blocks = {}
 ---@field frame Frame? of an image
 ---@field control_of Frame? of a graphic control: the frame that it is about
 
--- Every block in order; in damaged files one may be neither image nor extension. Works on opened documents and on
--- free-standing ones, whose empty entries are left out.
+-- Goes through every block in order; in damaged files one may be neither image nor extension. Works on opened documents
+-- and on free-standing ones, whose empty entries are left out.
+---@return fun(): Block?
+function blocks.each(gif)
+  local next_block, state, index = pairs(gif)
+  return function()
+    local block
+    index, block = next_block(state, index)
+    if not index then return nil end
+    local extension = block.Extension
+    return {
+      index = index, introducer = block.Intro, block = block, image = block.Picture,
+      extension = extension and extensions.read(extension) }
+  end
+end
+
+-- All of them.
 ---@return Block[]
 function blocks.read(gif)
   local all = {}
-  for i, block in pairs(gif) do
-    local extension = block.Extension
-    all[#all + 1] = {
-      index = i, introducer = block.Intro, block = block, image = block.Picture,
-      extension = extension and extensions.read(extension) }
-  end
+  for block in blocks.each(gif) do all[#all + 1] = block end
   return all
 end
 
@@ -99,17 +109,20 @@ end
 -- Counts over a whole document; loops is nil for one that says nothing about them, 0 for ever.
 function blocks.sums(all)
   local sums = { images = 0, extensions = 0, pixels = 0, delay_cs = 0 }
-  for _, block in ipairs(all) do
-    local image, extension = block.image, block.extension
-    if image then
-      sums.images, sums.pixels = sums.images + 1, sums.pixels + image.Width * image.Height
-    elseif extension then
-      sums.extensions = sums.extensions + 1
-      sums.delay_cs = sums.delay_cs + (extension.delay_cs or 0)
-      sums.loops = extension.loops or sums.loops
-    end
-  end
+  for _, block in ipairs(all) do blocks.add(sums, block) end
   return sums
+end
+
+-- Adds a block to the counts, which are at first those of no blocks.
+function blocks.add(sums, block)
+  local image, extension = block.image, block.extension
+  if image then
+    sums.images, sums.pixels = sums.images + 1, sums.pixels + image.Width * image.Height
+  elseif extension then
+    sums.extensions = sums.extensions + 1
+    sums.delay_cs = sums.delay_cs + (extension.delay_cs or 0)
+    sums.loops = extension.loops or sums.loops
+  end
 end
 
 -- The logical screen's width and height; files that give none get the room that their images take.

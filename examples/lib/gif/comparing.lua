@@ -9,11 +9,18 @@ function comparing.fit(pixels, owner_of_table)
   return depth >= 8 or not pixels:find(("[%c-\255]"):format(1 << depth))
 end
 
+local function pixel_count(image) return image.Width > 0 and image.Height > 0 and image.Width * image.Height or 0 end
+
 -- An image's pixels as they are saved: zeros follow those that it has.
 local function pixels_of(image)
-  local count = image.Width > 0 and image.Height > 0 and image.Width * image.Height or 0
-  local pixels = tostring(image.Data or ""):sub(1, count)
-  return pixels .. ("\0"):rep(count - #pixels)
+  local count, pixels = pixel_count(image), tostring(image.Data or "")
+  return #pixels == count and pixels or pixels:sub(1, count) .. ("\0"):rep(count - #pixels)
+end
+
+local function have_same_pixels(made, written)
+  local count, block, other = pixel_count(made), made.Data, written.Data
+  if block and other and #block == count and #other == count then return block:Equals(other) end
+  return pixels_of(made) == pixels_of(written)
 end
 
 local function bytes_of(extension)
@@ -33,10 +40,9 @@ local function differs(made, written, screen)
   end
   local image = made.Picture
   if not image then return false end
-  local pixels = pixels_of(image)
+  if have_same_pixels(image, written.Picture) then return false end
   local owner = image.HasPalette and image or screen
-  if pixels == pixels_of(written.Picture) then return false end
-  return owner and not comparing.fit(pixels, owner) and "has lost pixels that lie beyond its colours" or "differs"
+  return owner and not comparing.fit(pixels_of(image), owner) and "has lost pixels that lie beyond its colours" or "differs"
 end
 
 -- In what a document that was read back differs from the one that was saved; nil when it has all its blocks, with

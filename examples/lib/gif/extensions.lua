@@ -46,13 +46,13 @@ local kKinds = {
 -- An extension as a table: label, kind (nil for labels that no one has defined), sub_blocks (their bytes), bytes (how
 -- many), damaged (too short for its kind), and what the functions above read.
 function extensions.read(extension)
-  local blocks, bytes = {}, 0
+  local label, blocks, bytes = extension.Marker, {}, 0
   for i, data in pairs(extension) do
-    blocks[i + 1] = data.DataString
-    bytes = bytes + #blocks[i + 1]
+    local sub_block = data.DataString
+    blocks[i + 1], bytes = sub_block, bytes + #sub_block
   end
-  local kind, least, read = table.unpack(kKinds[extension.Marker] or {})
-  local result = { label = extension.Marker, kind = kind, sub_blocks = blocks, bytes = bytes }
+  local kind, least, read = table.unpack(kKinds[label] or {})
+  local result = { label = label, kind = kind, sub_blocks = blocks, bytes = bytes }
   result.damaged = kind ~= nil and #(blocks[1] or "") < least
   if kind and not result.damaged then read(result, blocks) end
   return result

@@ -4,8 +4,9 @@ local text = {}
 
 -- 1234567 as "1,234,567".
 function text.grouped(number)
-  local digits = tostring(number):reverse():gsub("(%d%d%d)", "%1,"):reverse()
-  return (digits:gsub("^,", ""))
+  local digits = tostring(number)
+  if #digits < 4 then return digits end
+  return (digits:reverse():gsub("(%d%d%d)", "%1,"):reverse():gsub("^,", ""))
 end
 
 -- "1 image", "1,234 images".
