@@ -86,7 +86,7 @@ for n, row in ipairs {
   { "second sub-block", kTable .. "!\1\1;\0" },
   { "list of blocks", kTable .. kImage .. kLast },
   { "block with its picture", kTable .. kFirst },
-  { "local colours", no_image }, { "pixels", no_image },
+  { "local colours", no_image }, { "pixels", no_image }, { "less memory for the pixels", whole },
   { "block with its extension", kTable .. kFirst .. kImage },
   { "list of blocks", kTable },
   { "none", whole },
