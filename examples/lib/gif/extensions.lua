@@ -56,11 +56,8 @@ function extensions.read(extension)
   end
   local kind, least, read = table.unpack(kKinds[label] or kNone)
   local result = { label = label, kind = kind, sub_blocks = blocks, bytes = bytes }
-  if kind and #(blocks[1] or "") < least then
-    result.damaged = true
-  elseif kind then
-    read(result, blocks)
-  end
+  result.damaged = kind ~= nil and #(blocks[1] or "") < least
+  if kind and not result.damaged then read(result, blocks) end
   return result
 end
 
