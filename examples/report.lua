@@ -10,10 +10,10 @@ local command, composing, extensions = require "gif.command", require "gif.compo
 local files, html, progress = require "gif.files", require "gif.html", require "gif.progress"
 local survey, text, warnings = require "gif.survey", require "gif.text", require "gif.warnings"
 
--- Of a page that does not hold everything: pixels of all pictures together, more being scaled down; bytes of these, frames,
--- rows of blocks, seconds of drawing.
-local kModest = { pixels = 1 << 25, bytes = 20 << 20, frames = 1000, rows = 4000, seconds = 5 }
-local kFull = { pixels = 1 << 27, bytes = math.huge, frames = math.huge, rows = math.huge, seconds = math.huge }
+-- Of a page that does not hold everything: pixels of all pictures together and of the largest, more being scaled down;
+-- bytes of these, frames, rows of blocks, comments, seconds of drawing.
+local kModest = { pixels = 1 << 25, largest = 1 << 23, bytes = 20 << 20, frames = 1000, rows = 4000, comments = 100, seconds = 5 }
+local kFull = { pixels = 1 << 27, largest = 1 << 26, bytes = math.huge, frames = math.huge, rows = math.huge, comments = math.huge, seconds = math.huge }
 local kLeastSide = 480 -- tiny animations are enlarged by a whole number up to about this
 local kCardBox, kStripBox = { 138, 96 }, { 224, 72 } -- pixels that small pictures may take
 local kMostHexBytes = 1024
@@ -54,9 +54,10 @@ local function facts(found)
   return table.concat(parts)
 end
 
-local function comments(found)
+local function comments(found, most)
   local quotes = {}
   for i, comment in ipairs(found.comments) do
+    if i > most then break end
     local shown = comment:sub(1, kLongestComment) .. (#comment > kLongestComment and " …" or "")
     quotes[i] = html.fill('<blockquote dir="auto">$comment</blockquote>', { comment = shown })
   end
@@ -177,11 +178,12 @@ local function draw(found, limits)
   local items, cards, longest_cs, bytes, started = {}, {}, 1, 0, os.clock()
   for _, frame in ipairs(found.frames) do longest_cs = math.max(longest_cs, frame.delay_cs) end
   local drawn, wanted = composing.can_draw(found.width, found.height), math.min(#found.frames, limits.frames)
-  local pixels = 0
+  local pixels, largest = 0, drawn and found.width * found.height or 0
   for i = 1, wanted do
-    pixels = pixels + math.max(0, found.frames[i].width * found.frames[i].height) + (drawn and found.width * found.height or 0)
+    local own = math.max(0, found.frames[i].width * found.frames[i].height)
+    pixels, largest = pixels + own + (drawn and found.width * found.height or 0), math.max(largest, own)
   end
-  local scale = math.min(1, math.sqrt(limits.pixels / math.max(1, pixels)))
+  local scale = math.sqrt(math.min(1, limits.pixels / math.max(1, pixels), limits.largest / math.max(1, largest)))
   local step = progress.start(wanted, "frames")
   local function address(picture)
     local made = picture and html.picture_address(picture)
@@ -241,18 +243,19 @@ end
 
 local function page(found, limits)
   local items, cards, frames_left_out = draw(found, limits)
-  local left_out, rows_left_out = {}, math.max(0, #found.blocks - limits.rows)
-  if rows_left_out > 0 then
-    left_out[#left_out + 1] = ("The last %s are left out of this page; --full lists them."):format(text.count(rows_left_out, "block"))
+  local left_out = {}
+  local function leave_out(count, noun)
+    if count <= 0 then return end
+    left_out[#left_out + 1] = ("The last %s are left out of this page; --full shows them."):format(text.count(count, noun))
   end
-  if frames_left_out > 0 then
-    left_out[#left_out + 1] = ("The last %s are left out of this page; --full shows them."):format(text.count(frames_left_out, "image"))
-  end
+  leave_out(#found.comments - limits.comments, "comment")
+  leave_out(#found.blocks - limits.rows, "block")
+  leave_out(frames_left_out, "image")
   local longest = math.max(found.width, found.height, 1)
   local function part(name) return require_done(files.read(here .. "report/page." .. name)) end
   return html.fill(part("html"), {
     name = found.path:match("[^/]*$"), style = part("css"), script = part("js"),
-    facts = facts(found), comments = comments(found), warnings = warning_list(found, left_out),
+    facts = facts(found), comments = comments(found, limits.comments), warnings = warning_list(found, left_out),
     shown_as = #found.frames < 2 and "Picture" or "Animation",
     plays = #found.frames < 2 and 1 or found.sums.loops == 0 and 0 or (found.sums.loops or 0) + 1,
     width_px = found.width * math.max(1, kLeastSide // longest) .. "px", has_frames = #items > 0 and "" or "hidden",

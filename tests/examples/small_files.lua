@@ -17,7 +17,9 @@ local kFiles = {
   { "frames on a large screen", 300, function(i) return control(i % 4) .. image(20 * i, 20 * i, 2, 1) end },
   { "frames that claim the screen", 300, function() return image(0, 0, 8000, 8000, "\2\0") end },
   { "many frames", 3000, function() return control(3) .. image(5, 5, 2, 1) end, "The last 2,001 images are left out" },
-  { "many blocks", 9000, function() return "!\xFE\1x\0" end, "The last 5,001 blocks are left out" },
+  { "many blocks", 9000, function() return "!\xFF\0" end, "The last 5,001 blocks are left out" },
+  { "many comments", 2000, function() return "!\xFE\1x\0" end, "The last 1,900 comments are left out" },
+  { "one large frame", 1, function() return image(0, 0, 8000, 8000) end },
 }
 
 examples.with_folder(function(folder)
@@ -28,7 +30,7 @@ examples.with_folder(function(folder)
     for i = 0, count - 1 do parts[#parts + 1] = part(i) end
     local path = examples.write(folder .. "/a.gif", table.concat(parts) .. ";")
     for _, script in ipairs { "sheet", "report" } do
-      local limits = arg[1] == "limited" and "ulimit -t 15; ulimit -v 800000;" or ""
+      local limits = arg[1] == "limited" and "ulimit -t 15; ulimit -v 330000;" or ""
       local done = os.execute(("%s %s %s %s %s/out >%s/said"):format(
         limits, program, files.quoted(here .. "../../examples/" .. script .. ".lua"), path, folder, folder))
       assert(done, script .. " of " .. name)

@@ -7,6 +7,7 @@ local blocks = {}
 ---@class Block
 ---@field index integer from 0 on, as in the file
 ---@field introducer integer
+---@field place integer where it stood in the document that it was read from
 ---@field block GifBlockZKV the host's own
 ---@field image GifPictureZKV? the host's own
 ---@field extension table? what gif.extensions reads
@@ -14,18 +15,21 @@ local blocks = {}
 ---@field control_of Frame? of a graphic control: the frame that it is about
 
 -- Goes through every block in order; in damaged files one may be neither image nor extension. Works on opened documents
--- and on free-standing ones, whose empty entries are left out.
+-- and on free-standing ones, whose empty entries are left out. There may be hundreds of thousands: what is seldom asked
+-- for is fetched then.
 ---@return fun(): Block?
 function blocks.each(gif)
   local next_block, state, index = pairs(gif)
+  local fetching = { __index = function(self, name) return name == "block" and gif:Block(self.place) or nil end }
   return function()
     local block
     index, block = next_block(state, index)
     if not index then return nil end
-    local extension = block.Extension
-    return {
-      index = index, introducer = block.Intro, block = block, image = block.Picture,
-      extension = extension and extensions.read(extension) }
+    local extension, image = block.Extension, block.Picture
+    local read = {
+      index = index, place = index, introducer = block.Intro, extension = extension and extensions.read(extension) }
+    if image then read.image = image end
+    return setmetatable(read, fetching)
   end
 end
 

@@ -43,15 +43,18 @@ local kKinds = {
   [0xFF] = { "application", 11, application },
 }
 
+local kNone = {}
+
 -- An extension as a table: label, kind (nil for labels that no one has defined), sub_blocks (their bytes), bytes (how
 -- many), damaged (too short for its kind), and what the functions above read.
 function extensions.read(extension)
-  local label, blocks, bytes = extension.Marker, {}, 0
+  local blocks, bytes, label = kNone, 0, extension.Marker
   for i, data in pairs(extension) do
-    local sub_block = data.DataString
-    blocks[i + 1], bytes = sub_block, bytes + #sub_block
+    if i == 0 then blocks = {} end
+    blocks[i + 1] = data.DataString
+    bytes = bytes + #blocks[i + 1]
   end
-  local kind, least, read = table.unpack(kKinds[label] or {})
+  local kind, least, read = table.unpack(kKinds[label] or kNone)
   local result = { label = label, kind = kind, sub_blocks = blocks, bytes = bytes }
   result.damaged = kind ~= nil and #(blocks[1] or "") < least
   if kind and not result.damaged then read(result, blocks) end

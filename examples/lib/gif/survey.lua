@@ -26,16 +26,28 @@ function survey.highest_used(counts)
   return -1
 end
 
+-- In groups: there may be as many as blocks, and as large.
+local function findings_in(path)
+  local scan, why = scanning.of(path)
+  if not scan then return nil, why end
+  local groups = scanning.groups(scan)
+  scan = nil
+  collectgarbage()
+  return groups
+end
+
 -- Surveys a file; nil and the reason. start_progress(number, noun) gives what is called after each image. So many images
 -- keep their counts, how often each index stands in their pixels; all that were looked at have highest_used.
 function survey.of(path, start_progress, most_counted)
   local settled, unknown = files.settled(path) -- it is read twice
   if not settled then return nil, unknown end
+  local findings, unreadable = findings_in(settled)
+  if not findings then return nil, unreadable end
   local opened, why = document.open(settled)
   if not opened then return nil, why end
   local screen = opened.gif.Screen
   local found = {
-    document = opened, scan = scanning.of(settled), path = path, version = opened.version, bytes = opened.bytes, comments = {},
+    document = opened, findings = findings, path = path, version = opened.version, bytes = opened.bytes, comments = {},
     blocks = opened.blocks, frames = opened.frames, sums = blocks.sums(opened.blocks),
     screen_width = screen.Width, screen_height = screen.Height, width = opened.width, height = opened.height,
     background = opened.background, colours = opened.colours or {} }

@@ -1,6 +1,6 @@
 -- What in a GIF is likely to be a mistake, in sentences that say what comes of it.
 
-local composing, scanning = require "gif.composing", require "gif.scanning"
+local composing = require "gif.composing"
 local survey, text = require "gif.survey", require "gif.text"
 
 local warnings = {}
@@ -77,7 +77,7 @@ function warnings.of(found)
       say("Block %d (%s): too short to be read.", block.index, block.extension.kind)
     end
   end
-  for _, group in ipairs(scanning.groups(found.scan)) do
+  for _, group in ipairs(found.findings) do
     if not kTold[group.kind] then say("%s: %s.", (group.place:gsub("^%l", string.upper)), group.meaning) end
   end
   return sentences
