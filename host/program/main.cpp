@@ -3,9 +3,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <fstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -22,6 +24,17 @@
 #include "host/program/prompt.h"
 
 namespace {
+
+// What whoever named that script may have meant: a command, or a file for a script to read.
+std::string Hint(const std::string& script) {
+  std::ifstream file(script, std::ios::binary);
+  const std::string command = file ? "" : host::NearestCommand(script);
+  if (!command.empty()) return "; did you mean the command \"" + command + "\"?";
+  std::array<char, 64> begin{};
+  const auto count = file.read(begin.data(), begin.size()).gcount();
+  const bool is_binary = std::any_of(begin.begin(), begin.begin() + count, [](char c) { return c >= 0 && c < '\t'; });
+  return is_binary ? "; it is no script: what a script reads stands behind the script's name" : "";
+}
 
 bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::ProgramOptions& options) {
   host::Script script(host, options.script.empty() ? "gifhost" : options.script, options.arguments,
@@ -40,14 +53,15 @@ bool RunScript(host::Host& host, host::PluginChoice* plugin, const host::Program
     succeeded = script.RunFile("");
   }
   std::fflush(stdout);
-  if (!succeeded) host::Complain(script.error(), "\n\t");
+  const bool has_file = !options.code && !options.script.empty() && options.script != "-";
+  if (!succeeded) host::Complain(script.error() + (has_file ? Hint(options.script) : ""), "\n\t");
   return succeeded;
 }
 
 int Run(const host::ProgramOptions& options) {
   if (const host::Command command = options.code ? nullptr : host::FindCommand(options.script)) {
     if (std::find(options.arguments.begin(), options.arguments.end(), "--help") != options.arguments.end()) {
-      std::fputs(host::kHelpText, stdout);
+      std::fputs(host::CommandHelp(options.script).c_str(), stdout);
       return host::OutputStatus(host::kExitSuccess);
     }
     return host::OutputStatus(command(options));

@@ -74,6 +74,14 @@ examples.with_folder(function(folder)
   t.expect("kept", after:sub(1, #before), before)
   t.expect("lines", select(3, lines_of(after)), 6)
 
+  -- How far it is, seen on a terminal while lines go elsewhere
+  for i = 1, 3 do examples.write(("%s/%dslow.gif"):format(a, i), "") end
+  local terminal = io.popen(("script -qec %s /dev/null </dev/null 2>&1"):format(
+    files.quoted(("%s %s --jobs 1 --resume %s.2 %s"):format(command, script, log, a))))
+  local bars = terminal:read("a")
+  terminal:close()
+  assert(not os.execute("command -v script >/dev/null") or bars:find("] %d of 9 files, %d a second, %d s left\r"), bars)
+
   -- Edited into a folder that mirrors theirs; nothing there is replaced
   os.execute("rm -r " .. a)
   for _, name in ipairs { "x", "c/x", "d/x" } do

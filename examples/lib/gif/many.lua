@@ -253,7 +253,7 @@ function many.run(wanted)
   local failed, total, sink = 0, 0, log or io.stdout
   local step = progress.start(count, "files")
   local function pass_on(line)
-    progress.clear()
+    if not log then progress.clear() end
     local has_failed = line:find('^{"file":"[^"]*","error":')
     if has_failed then failed = failed + 1 end
     if log then

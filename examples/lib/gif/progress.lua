@@ -31,7 +31,7 @@ function progress.start(total, noun)
     if done == total then return progress.clear() end
     local now = os.time()
     local passed = now - started
-    if passed <= kPatience or now == drawn or not is_terminal() then return end
+    if passed <= kPatience or now == drawn and shown or not is_terminal() then return end
     local filled = done * kWidth // total
     io.stderr:write(("\27[K[%s%s] %d of %d %s, %d a second, %s left\r"):format(
       ("#"):rep(filled), ("."):rep(kWidth - filled), done, total, noun, done // passed, time((total - done) * passed // done)))

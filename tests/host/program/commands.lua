@@ -120,7 +120,10 @@ end
 -- What people type: the command, its status, what is said
 for _, row in ipairs {
   { "-e 'local x = 1' -e 'print(2)'", 0, "2\n" },
-  { "list --help", 0, "Usage: gifhost" },
+  { "list --help", 0, "Usage: gifhost [OPTION...] list [--json]   " },
+  { "validate --help", 0, "--json of all for programs\nSee gifhost --help" },
+  { "lst", 1, "did you mean the command \"list\"?" },
+  { "'" .. arg[1] .. "'", 1, "it is no script" },
   { "-e 'GFIZKV()'", 1, "(global 'GFIZKV'); did you mean \"GIFZKV\"?" },
   { "-e 'tosting(1)'", 1, "did you mean \"tostring\"?" },
   { "-e 'Foldr([[x]])'", 1, "did you mean \"FolderItem\"?" },
