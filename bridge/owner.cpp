@@ -48,7 +48,7 @@ void ReleaseWaiting() {
 void ReleaseOwner(REALobjectStruct*& field) {
   auto owner = ObjectRef::Adopt(std::exchange(field, nullptr));
   if (!owner) return;
-  const uintptr_t frame = GIF_FRAME_ADDRESS();
+  const uintptr_t frame = GIF_FRAME_ADDRESS(owner);
   int& depth = under_way.depth;
   while (depth > 0 && under_way.frames[depth - 1] <= frame) --depth;
   if (depth == kDeepest && Postpone(owner)) return;

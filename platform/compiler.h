@@ -18,23 +18,28 @@ static_assert(std::endian::native == std::endian::little,
 #define GIF_EXPORTED
 #endif
 
+// Set GIF_PLAIN_COMPILER to build with what a compiler without words of its own gets.
+#if defined(__GNUC__) && !defined(GIF_PLAIN_COMPILER)
+#define GIF_GNU_WORDS
+#endif
+
 // After a lambda's parameters: it is to become part of its caller.
-#if defined(__GNUC__)
+#if defined(GIF_GNU_WORDS)
 #define GIF_ALWAYS_INLINE __attribute__((always_inline))
 #else
 #define GIF_ALWAYS_INLINE
 #endif
 
-// The address of the running function's frame.
-#if defined(__GNUC__)
-#define GIF_FRAME_ADDRESS() reinterpret_cast<uintptr_t>(__builtin_frame_address(0))
+// The address of the running function's frame, or of a local variable in it.
+#if defined(GIF_GNU_WORDS)
+#define GIF_FRAME_ADDRESS(local) reinterpret_cast<uintptr_t>(__builtin_frame_address(0))
 #else
-#define GIF_FRAME_ADDRESS() reinterpret_cast<uintptr_t>(_AddressOfReturnAddress())
+#define GIF_FRAME_ADDRESS(local) reinterpret_cast<uintptr_t>(&(local))
 #endif
 
 // Which vector instructions the compiler can be asked for. On x86 a function says which it uses, and its caller asks
 // first whether this processor has them.
-#if defined(__GNUC__) && defined(__x86_64__)
+#if defined(GIF_GNU_WORDS) && defined(__x86_64__)
 #define GIF_X86_KERNELS
 #define GIF_TARGET(instructions) __attribute__((target(instructions)))
 #if defined(__APPLE__)
@@ -43,6 +48,6 @@ bool SystemSaysProcessorHas(const char* instructions);
 #else
 #define GIF_PROCESSOR_HAS(instructions) __builtin_cpu_supports(instructions)
 #endif
-#elif defined(__ARM_NEON) && defined(__aarch64__)
+#elif defined(GIF_GNU_WORDS) && defined(__ARM_NEON) && defined(__aarch64__)
 #define GIF_NEON_KERNELS
 #endif
