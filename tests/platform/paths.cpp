@@ -96,12 +96,17 @@ int main(int, char** arguments) {
     MakeFolder(deep);
   }
   Check("a path of 400 units", {deep, u"a.gif"}, kOpens);
+  Check("a long name in a deep folder", {deep, std::u16string(255, u'x')}, kOpens);
 #if defined(_WIN32)
   std::string slashes = folder;
   for (char& c : slashes) c = c == '\\' ? '/' : c;
   Check("a drive and slashes", {slashes, composed}, kOpens);
   Check("the long form", {"\\\\?\\" + folder, u"a.gif"}, kOpens);
   Check("a share that is not there", {"\\\\localhost\\nowhere", u"a.gif"}, kNil);
+  Check("a share's long form", {"\\\\?\\UNC\\localhost\\nowhere", u"a.gif"}, kNil);
+  Check("a share with a long name", {"\\\\localhost\\" + std::string(300, 'x'), u"a.gif"}, kNil);
+  Check("no share", {"\\\\", u"a.gif"}, kNil);
+  Check("a device", {"\\\\.", u"nul"}, kEither);
   Check("a drive that is not there", {"Q:\\", u"a.gif"}, kNil);
 #endif
   return faults > 0;
