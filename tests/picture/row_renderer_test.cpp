@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/compiler.h"
+
 namespace {
 
 // The judge: one pixel after the other.
@@ -29,12 +31,14 @@ constexpr TableCase kTables[] = {{0, 256}, {0, 16},   {0, 1},    {0, 0},    {0, 
 std::map<std::string, int> ExpectedTables() {
   const int all = std::size(kTables);
   std::map<std::string, int> tables = {{"eight a step", all}};
-#if defined(__x86_64__)
+#if defined(GIF_X86_KERNELS)
   const bool avx2 = __builtin_cpu_supports("avx2");
   tables["eight a step, AVX2"] = avx2 ? all : 0;
   tables["planes of 16, AVX2"] = avx2 ? all - 4 : 0;  // four set more than 16 neighbours
   tables["planes of 256, AVX-512 VBMI"] =
       __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vbmi") ? all : 0;
+#elif defined(GIF_NEON_KERNELS)
+  tables["planes of 16, NEON"] = all - 4;
 #endif
   return tables;
 }
