@@ -1,8 +1,8 @@
 -- The first image's picture and mask, by the document's methods and straight from bytes. The argument "lost" says that
--- this host can put no mask in place, "none" that it makes none.
+-- this host can put no mask in place, "none" that it makes none, "copied" that its rows are copied there.
 
 local make_gif = dofile(arg[0]:gsub("[^/]*$", "") .. "../support/make_gif.lua")
-local kMask = arg[1]
+local kMask, kCopied = arg[1] ~= "copied" and arg[1] or nil, arg[1] == "copied"
 
 local palette = { 0x102030, 0x405060, 0x708090, 0xA0B0C0 }
 local image = { width = 4, height = 2, pixels = "\0\1\2\3\3\2\1\0" }
@@ -51,3 +51,10 @@ assert(GIFZKV():MakeFirstPictureWithMask() == nil)
 local kinds, descriptions = host.calls("pluginObjectType"), host.calls("REALLockPictureDescription")
 GifStringToGifZKV(make_gif(4, 2, palette, image)):MakeFirstPicture()
 assert(host.calls("pluginObjectType") == kinds and host.calls("REALLockPictureDescription") == descriptions + 1)
+
+-- The host is told twice of each picture made that its pixels have changed, and of those that rows were copied to.
+if kCopied then
+  local told = host.calls("REALPictureClearCache")
+  GifStringToPictureZKV(make_gif(4, 2, palette, transparent, image))
+  assert(host.calls("REALPictureClearCache") - told == 5)
+end
