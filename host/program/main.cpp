@@ -32,7 +32,7 @@ std::string Hint(const std::string& script) {
   if (!command.empty()) return "; did you mean the command \"" + command + "\"?";
   std::array<char, 64> begin{};
   const auto count = file.read(begin.data(), begin.size()).gcount();
-  const bool is_binary = std::any_of(begin.begin(), begin.begin() + count, [](char c) { return c >= 0 && c < '\t'; });
+  const bool is_binary = std::any_of(begin.begin(), begin.begin() + count, [](unsigned char c) { return c < '\t'; });
   return is_binary ? "; it is no script: what a script reads stands behind the script's name" : "";
 }
 
