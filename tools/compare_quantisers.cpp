@@ -11,6 +11,7 @@
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -129,7 +130,9 @@ struct Score {
 int main(int argc, char** argv) {
   const std::function<Colors(const Pictures&)> ways[] = {Ours, Libimagequant, NeuQuant};
   double seconds[2][3] = {};
-  std::printf("| | own: ours | libimagequant | NeuQuant | one: ours | libimagequant | NeuQuant |\n|---|---|---|---|---|---|---|\n");
+  std::printf(
+      "| | own tables: ours | libimagequant | NeuQuant | one table: ours | libimagequant | NeuQuant "
+      "|\n|---|---|---|---|---|---|---|\n");
   for (int i = 1; i < argc; ++i) {
     std::vector<std::string> paths;
     for (const auto& entry : std::filesystem::directory_iterator(argv[i])) paths.push_back(entry.path());
