@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "host/reducing/canvas.h"
-#include "host/reducing/settling.h"
 
 namespace host {
 namespace {

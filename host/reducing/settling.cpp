@@ -9,7 +9,7 @@
 namespace host {
 namespace {
 
-using Point = Quantiser::Point;
+using Point = ColorPoint;
 
 // Of moving colours, at first and after each jump, and of jumps: more give next to nothing.
 constexpr int kRounds = 12;
