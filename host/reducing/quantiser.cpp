@@ -5,7 +5,6 @@
 #include <cmath>
 
 #include "host/reducing/canvas.h"
-#include "host/reducing/lanes.h"
 
 namespace host {
 namespace {
@@ -15,8 +14,6 @@ constexpr int kSlotBits = 16;
 constexpr uint32_t kSlots = 1u << kSlotBits;
 constexpr int kBits = 6;  // of each primary colour in a cell's number: its pixels count as their mean
 constexpr uint32_t kCells = 1u << 3 * kBits;
-constexpr int kRounds =
-    12;  // of moving colours to the mean of their pixels; few give more than a thousandth after that
 
 using Point = Quantiser::Point;
 
@@ -127,104 +124,6 @@ std::vector<uint32_t> Cut(std::vector<Point>& points, size_t most) {
   return colors;
 }
 
-// Gives each point to the nearest colour and moves each colour to the mean of its points, again and again. How far
-// the second nearest colour is at least, by how far colours have moved since it was seen, spares most searches.
-class Settling {
- public:
-  Settling(const std::vector<Point>& points, const std::vector<uint32_t>& colors)
-      : points_(points), count_(colors.size()), states_(points.size()) {
-    for (auto& line : lines_) line.fill(kFarAway);
-    for (size_t i = 0; i < count_; ++i) {
-      for (size_t k = 0; k < 3; ++k) lines_[k][i] = static_cast<float>(colors[i] >> (16 - 8 * k) & 0xFF);
-    }
-  }
-
-  std::vector<uint32_t> Settled() {
-    Assign();
-    for (int round = 0; round < kRounds && Move(); ++round) Assign();
-    std::vector<uint32_t> colors;
-    for (size_t i = 0; i < count_; ++i) colors.push_back(Packed({lines_[0][i], lines_[1][i], lines_[2][i]}, 1));
-    return colors;
-  }
-
- private:
-  static constexpr float kFarAway = 1e6F;
-  static constexpr float kStill = 0.05F;
-  struct State {
-    uint32_t own = 0;
-    float others = -1;  // none is nearer than that
-  };
-
-  float DistanceTo(const Point& point, size_t i) const {
-    float sum = 0;
-    for (size_t k = 0; k < 3; ++k) sum += (point.at[k] - lines_[k][i]) * (point.at[k] - lines_[k][i]);
-    return std::sqrt(sum);
-  }
-
-  void Search(const Point& point, State& state) const {
-    const Lanes red = LanesOf(point.at[0]);
-    const Lanes green = LanesOf(point.at[1]);
-    const Lanes blue = LanesOf(point.at[2]);
-    Lanes least = LanesOf(4 * kFarAway * kFarAway);
-    Lanes second = least;
-    LaneNumbers place{};
-    LaneNumbers now{};
-    for (size_t i = 0; i < count_; i += kLanes, now += static_cast<int32_t>(kLanes)) {
-      const Lanes r = LanesAt(&lines_[0][i]) - red;
-      const Lanes g = LanesAt(&lines_[1][i]) - green;
-      const Lanes b = LanesAt(&lines_[2][i]) - blue;
-      const Lanes d = r * r + g * g + b * b;
-      const LaneNumbers nearer = d < least;
-      const Lanes beaten = nearer ? least : d;
-      second = beaten < second ? beaten : second;
-      least = nearer ? d : least;
-      place = nearer ? now : place;
-    }
-    size_t best = 0;
-    for (size_t lane = 1; lane < kLanes; ++lane) best = least[lane] < least[best] ? lane : best;
-    float others = second[best];
-    for (size_t lane = 0; lane < kLanes; ++lane) {
-      if (lane != best) others = std::min(others, least[lane]);
-    }
-    state = {static_cast<uint32_t>(place[best]) + static_cast<uint32_t>(best), std::sqrt(others)};
-  }
-
-  void Assign() {
-    for (size_t i = 0; i < points_.size(); ++i) {
-      if (DistanceTo(points_[i], states_[i].own) > states_[i].others) Search(points_[i], states_[i]);
-    }
-  }
-
-  // False when all colours are where they belong.
-  bool Move() {
-    struct Sum {
-      std::array<double, 3> parts{};
-      double count = 0;
-    };
-    std::vector<Sum> sums(count_);
-    for (size_t i = 0; i < points_.size(); ++i) {
-      Sum& sum = sums[states_[i].own];
-      sum.count += points_[i].count;
-      for (size_t k = 0; k < 3; ++k) sum.parts[k] += double{points_[i].count} * points_[i].at[k];
-    }
-    float furthest = 0;
-    for (size_t i = 0; i < count_; ++i) {
-      if (sums[i].count == 0) continue;
-      Point mean{{}, 0};
-      for (size_t k = 0; k < 3; ++k) mean.at[k] = static_cast<float>(sums[i].parts[k] / sums[i].count);
-      furthest = std::max(furthest, DistanceTo(mean, i));
-      for (size_t k = 0; k < 3; ++k) lines_[k][i] = mean.at[k];
-    }
-    for (State& state : states_) state.others -= furthest;
-    return furthest > kStill;
-  }
-
-  const std::vector<Point>& points_;
-  size_t count_;
-  std::array<std::array<float, 256>, 3> lines_;  // the colours' reds, greens and blues
-  std::vector<State> states_;
-};
-
 }  // namespace
 
 void Quantiser::Add(uint32_t rgb, uint32_t times) {
@@ -309,7 +208,7 @@ std::vector<uint32_t> Quantiser::Choose(size_t most) const {
   }
   std::vector<Point> points = Points();
   colors = Cut(points, most);
-  return Settling(points, colors).Settled();
+  return Settled(points, colors);
 }
 
 }  // namespace host

@@ -1,9 +1,10 @@
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+#include "host/reducing/settling.h"
 
 namespace host {
 
@@ -18,10 +19,7 @@ class Quantiser {
   // Whether there are at most so many (up to 256) different ones.
   bool HasAtMost(size_t count) const { return !folded_ && seen_.size() <= count; }
 
-  struct Point {  // of the colour cube
-    std::array<float, 3> at;
-    float count;
-  };
+  using Point = ColorPoint;
   std::vector<Point> Points() const;  // what was added; those of a small cell may be one
 
  private:
