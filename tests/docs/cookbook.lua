@@ -8,11 +8,12 @@ local top = here .. "../../"
 local page = examples.read(top .. "docs/cookbook.md")
 local has_parallel = os.execute("command -v parallel >/dev/null")
 
--- Stands in for the ssh of recipes: whatever the other machine's name, this one does it.
+-- Stands in for the ssh of recipes: whatever the other machine's name, this one does it. SHELL is set there, as it is for whoever
+-- logs in.
 local kSsh = [[#!/bin/sh
 while [ "${1#-}" != "$1" ]; do shift; done
 shift 2
-exec sh -c "$*"
+SHELL=/bin/sh exec sh -c "$*"
 ]]
 
 examples.with_folder(function(folder)

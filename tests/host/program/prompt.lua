@@ -44,7 +44,7 @@ examples.with_folder(function(folder)
   local keys = examples.write(folder .. "/inputrc", "set show-all-if-ambiguous on\nset bell-style none\n")
   local seen = examples.write(folder .. "/seen", "")
   local terminal = io.popen(("cd %s && exec env TERM=dumb INPUTRC=%s script -qefc %s %s >/dev/null 2>&1"):format(
-    files.quoted(arg[2]), keys, files.quoted("stty cols 120 rows 40; " .. files.quoted(arg[1]) .. " --"), seen), "w")
+    files.quoted(arg[2]), keys, files.quoted("stty cols 120 rows 40; exec " .. files.quoted(arg[1]) .. " --"), seen), "w")
   local at, text = 1, ""
   local function wait_for(expected, typed)
     for _ = 1, kPatience * 20 do
