@@ -17,6 +17,9 @@ if(GIF_SANITIZE)
   target_compile_options(project_settings INTERFACE
     -fsanitize=${GIF_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(project_settings INTERFACE -fsanitize=${GIF_SANITIZE})
+  if(GIF_FUZZ)  # the comparisons are with bytes, which are guessed sooner than they are followed
+    target_compile_options(project_settings INTERFACE -fno-sanitize-coverage=trace-cmp)
+  endif()
   if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
     # Host and plugin call each other through pointers of their own types for the same C form.
     target_compile_options(project_settings INTERFACE -fno-sanitize=function)

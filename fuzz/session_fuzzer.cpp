@@ -169,6 +169,14 @@ class Session {
     }
   }
 
+  // A property's new value. Where images are to be small, few of them are given sizes that take long to save.
+  Value NewValue(const Type& type, bool to_opened) {
+    Value value = Argument(type, to_opened);
+    auto* integer = std::get_if<int64_t>(&value);
+    if (integer != nullptr && SmallImages() && input_.Below(16) > 0) *integer %= 64;
+    return value;
+  }
+
   void UseMember() {
     if (held_.empty()) return;
     const Held held = held_[input_.Byte() % held_.size()];
@@ -179,7 +187,7 @@ class Session {
     const host::MemberGroup& member = chosen->second;
     const bool set = input_.Coin();
     if (member.property && set) {
-      SetProperty(host_, object, *member.property, Argument(member.property->type, held.opened));
+      SetProperty(host_, object, *member.property, NewValue(member.property->type, held.opened));
     } else if (member.property) {
       Keep(GetProperty(host_, object, *member.property));
     } else {

@@ -82,7 +82,7 @@ class TreeMaker {
     picture->left = Field(0, 65535);
     picture->top = Field(0, 65535);
     // Now and then large enough to use up all codes.
-    const int32_t scale = input_.Below(16) < 15 ? 1 : LargeImages() ? 24 : 6;
+    const int32_t scale = input_.Below(16) < 15 ? 1 : LargeImages() ? 24 : SmallImages() ? 3 : 6;
     picture->width = input_.Below(40) * scale - (Unsound() ? 2 : 0);
     picture->height = input_.Below(40) * scale - (Unsound() ? 2 : 0);
     picture->has_cmap = Field(0, 1);
