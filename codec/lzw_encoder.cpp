@@ -8,9 +8,8 @@
 
 // How it is made fast, without a byte of the result being different:
 //
-// - There are four ways of finding strings, for different kinds of pictures; which to go is chosen again and again,
-// by
-//   how the strings before did.
+// - There are four ways of finding strings, for different kinds of pictures; which to go is chosen again and
+//   again, by how the strings before did.
 // - Those ways only note which strings they add. Codes are made of them many at a time, and go into `block` by whole
 //   words, without a look at where sub-blocks end; those are cut when `block` is written.
 

@@ -89,11 +89,11 @@ warn = print
 local rep = string.rep
 string.rep = function(text, n) return rep(text, math.min(n, 10000)) end
 local xpcall_as_it_is = xpcall
+local calls = 0
 xpcall = function(f, handler, ...)
-  local calls = 0
   return xpcall_as_it_is(f, function(...)
     calls = calls + 1
-    return calls > 20 and "enough" or handler(...)
+    return calls > 8 and "enough" or handler(...)
   end, ...)
 end
 )";
@@ -117,7 +117,7 @@ void RunOne(Input input) {
   lua_pushlstring(lua, document.data(), document.size());
   lua_setglobal(lua, "opened_bytes");
   budget.used = static_cast<size_t>(lua_gc(lua, LUA_GCCOUNT)) * 1024 + static_cast<size_t>(lua_gc(lua, LUA_GCCOUNTB));
-  budget.limit = budget.used + (memory < 128 ? size_t{32} << 20 : static_cast<size_t>(memory - 127) * 512);
+  budget.limit = budget.used + (memory < 128 ? size_t{4} << 20 : static_cast<size_t>(memory - 127) * 512);
   lua_setallocf(lua, Allocate, &budget);
   if (collecting % 4 == 0) lua_gc(lua, LUA_GCINC, 1, 1000, 1);  // all the time
   if (collecting % 4 == 1) lua_gc(lua, LUA_GCGEN, 1, 1);
