@@ -88,6 +88,18 @@ print = function(...) for _, value in ipairs { ... } do tostring(value) end end
 warn = print
 local rep = string.rep
 string.rep = function(text, n) return rep(text, math.min(n, 10000)) end
+-- Finalizers are not stopped by counting instructions.
+local function bounded(iterate)
+  return function(...)
+    local next, state, at, closed = iterate(...)
+    local left = 1000
+    return function(...)
+      left = left - 1
+      if left >= 0 then return next(...) end
+    end, state, at, closed
+  end
+end
+ipairs, pairs = bounded(ipairs), bounded(pairs)
 local xpcall_as_it_is = xpcall
 local calls = 0
 xpcall = function(f, handler, ...)
