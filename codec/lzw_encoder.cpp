@@ -163,7 +163,6 @@ void ForgetStrings(GifEncoder* encoder) {
 
 // Clears when the codes have run out. The string in hand is one pixel then.
 void StartOver(MyFILE* stream, GifEncoder* encoder, const uint8_t* at, const uint8_t* end) {
-  WriteStrings(stream, encoder);
   WriteGifCode(stream, encoder, encoder->strings.clear_code);
   const StringsBy by = Choose(encoder, at, end);
   ForgetStrings(encoder);

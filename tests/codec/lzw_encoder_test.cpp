@@ -164,6 +164,20 @@ void ExpectTheBytesOfTheOracle(int code_size, const Bytes& pixels, int width) {
       << code_size << " bits, " << pixels.size() << " pixels in rows of " << width;
 }
 
+TEST(LzwEncoder, FindsPixelsThatDoNotFitTheWayChosen) {
+  PictureMaker maker(30);
+  for (int code_size = 2; code_size < 8; ++code_size) {
+    for (const int later : {2, 1 << code_size, (1 << code_size) + 1}) {
+      for (const size_t before : {1, 2, 200, 3000}) {
+        Bytes pixels(before, 0);
+        pixels.push_back(static_cast<uint8_t>(later));
+        while (pixels.size() < before + 3000) pixels.push_back(maker.Below(3) == 0 ? static_cast<uint8_t>(later) : 0);
+        ASSERT_NO_FATAL_FAILURE(ExpectTheBytesOfTheOracle(code_size, pixels, 1));
+      }
+    }
+  }
+}
+
 TEST(LzwEncoder, WritesTheBytesOfTheOracle) {
   PictureMaker maker(20);
   constexpr std::array kMostPixels = {40, 300, 2100, 20000, 20000, 150000};
