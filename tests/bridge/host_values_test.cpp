@@ -20,9 +20,11 @@ static void Construct(REALobjectStruct* block, int64_t bytes) {
   constructed_size = bytes;
   lender->heap().Find<host::MemoryBlock>(block)->Resize(8);
 }
+static void* BytesOf(REALobjectStruct* block) { return lender->heap().Find<host::MemoryBlock>(block)->bytes(); }
 static void* LoadMethod(REALobjectStruct*, const char* declaration) {
-  const bool known = std::strcmp(declaration, "Constructor(bytes as Integer)") == 0;
-  return known ? reinterpret_cast<void*>(Construct) : nullptr;
+  if (std::strcmp(declaration, "Constructor(bytes as Integer)") == 0) return reinterpret_cast<void*>(Construct);
+  if (std::strcmp(declaration, "Operator_Convert() As Ptr") == 0) return reinterpret_cast<void*>(BytesOf);
+  return nullptr;
 }
 
 class ValueHost : public LendingHost {
@@ -36,6 +38,7 @@ class ValueHost : public LendingHost {
     const host::Ref<host::Object> pending = TakePending();
     const auto* exception = dynamic_cast<host::Exception*>(pending.get());
     if (!exception) return "nothing";
+    EXPECT_EQ(exception->number, 0);
     return exception->type_name() + ": " + (exception->message ? exception->message->bytes() : "(nil)");
   }
 };
@@ -127,6 +130,16 @@ TEST(HostValues, WideTextBecomesUtf8ThroughTheHost) {
     EXPECT_EQ(host.call_count("REALBuildStringWithEncoding").called - before, row.version >= 2012.0);
     EXPECT_EQ(host.heap().Find<host::String>(made.get())->bytes(), row.converted);
   }
+}
+
+TEST(HostValues, MemoryBlocksTellWhereTheirBytesAreByAMethod) {
+  ValueHost host({.without = {"PluginCallFunctionWithExceptionHandler", "memoryBlockGetPtr"}});
+  for (int i = 0; i < 2; ++i) {  // looked up once
+    const auto made = MemoryBlockRef::Adopt(REALBuildMemoryblock("bytes", 5));
+    ASSERT_TRUE(made);
+    EXPECT_EQ(std::memcmp(host.heap().Find<host::MemoryBlock>(made.get())->bytes(), "bytes", 5), 0);
+  }
+  EXPECT_EQ(asked["memoryBlockGetPtr"], 0);
 }
 
 TEST(HostValues, MemoryBlocksAreCopiesOrExceptions) {

@@ -13,6 +13,10 @@ TEST(Registration, MarkerBitsBecomeFlagsEverywhere) {
   constexpr uint32_t kMarked = 0xC0001, kFixed = 13;
   REALproperty properties[2] = {};
   REALmethodDefinition methods[2] = {};
+  rbversion_rbversion = 2019.01;
+  for (const auto& [flags, fixed] : {std::pair{0, 0}, {1, 1}, {0x40000, 4}, {0x80000, 8}, {0x80010, 24}}) {
+    EXPECT_EQ(FixedFlags(flags), fixed);
+  }
   for (int i = 0; i < 2; ++i) properties[i].flags = methods[i].flags = kMarked;
   REALclassDefinition definition = {};
   definition.flags = kMarked;
@@ -21,7 +25,6 @@ TEST(Registration, MarkerBitsBecomeFlagsEverywhere) {
   definition.methods = &methods[0];
   definition.methods2 = &methods[1];
   definition.property_count = definition.property_count2 = definition.method_count = definition.method_count2 = 1;
-  rbversion_rbversion = 2019.01;
   FixConsoleFlags(&definition);
   EXPECT_EQ(definition.flags, kFixed);
   for (int i = 0; i < 2; ++i) {
