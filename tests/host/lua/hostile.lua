@@ -86,6 +86,22 @@ local kCases = {
   { "a zero byte in a question", [[ host.exists("x\0y") ]], "can't hold a zero byte" },
   { "a zero byte in a member", [[ return GIFZKV()["Count\0"] ]], "has no member" },
   { "a zero byte in a global", [[ return _G["GIFZKV\0"]() ]], "nil value" },
+  -- What Lua itself does with its stack.
+  { "a concatenation that moves the stack", [[
+      collectgarbage("incremental", 100, 200, 3)
+      local keep = {}
+      local function deep(n) return n > 0 and deep(n - 1) + 1 or 0 end
+      local mt = { __concat = function(a, b)
+        for k = 1, #b do keep[k] = setmetatable({}, { __gc = function() end }) end
+        deep(10 * #b)
+        return a
+      end }
+      for i = 1, 1000 do local x = setmetatable({}, mt) .. ("x"):rep(i % 50) end
+      error("fine") ]], "fine" },
+  { "a concatenation that waits", [[
+      coroutine.wrap(function()
+        local x = setmetatable({}, { __concat = function() coroutine.yield() end }) .. "x"
+      end)() ]], "attempt to yield from a concatenation" },
   -- Chains and circles.
   { "masks of masks", [[
       local first = Picture()
