@@ -84,9 +84,12 @@ TEST(HostValues, StringsTakeTheirEncoding) {
   const struct {
     std::string bytes;
     TextEncoding asked, got;
-  } rows[] = {{"abc", kEncodingUnknown, kEncodingAscii},       {high, kEncodingUnknown, kEncodingUnknown},
-              {"abc", kEncodingMacRoman, kEncodingAscii},      {high, kEncodingWindowsLatin1, kEncodingWindowsLatin1},
-              {high, kEncodingAscii, kEncodingAscii},          {"abc", kEncodingUtf8, kEncodingUtf8},
+  } rows[] = {{"abc", kEncodingUnknown, kEncodingAscii},
+              {high, kEncodingUnknown, kEncodingUnknown},
+              {"abc", 0 /*Mac Roman*/, 0x600},
+              {high, kEncodingWindowsLatin1, kEncodingWindowsLatin1},
+              {high, kEncodingAscii, kEncodingAscii},
+              {"abc", kEncodingUtf8, kEncodingUtf8},
               {std::string("a\0b", 3), 0xFFFF, kEncodingAscii}};
   for (const auto& row : rows) {
     const auto made = StringRef::Adopt(REALBuildUnicodeString(row.bytes.data(), std::ssize(row.bytes), row.asked));
