@@ -24,12 +24,14 @@ Bytes Written(int code_size, Use use, int64_t most_pixels = INT64_MAX) {
   size_t size = 0;
   MyFILE stream = {nullptr, 0, 0, open_memstream(&bytes, &size)};
   // No more than it asks for, and not zero.
-  const auto memory = std::make_unique_for_overwrite<char[]>(EncoderSize(most_pixels));
-  std::fill_n(memory.get(), EncoderSize(most_pixels), '\xAA');
+  const size_t room = EncoderSize(most_pixels), guard = 100000;
+  const auto memory = std::make_unique_for_overwrite<char[]>(room + guard);
+  std::fill_n(memory.get(), room + guard, '\xAA');
   auto* encoder = reinterpret_cast<GifEncoder*>(memory.get());
   StartGifEncoder(encoder, code_size, most_pixels);
   use(&stream, encoder);
   std::fclose(stream.file);
+  EXPECT_TRUE(std::all_of(memory.get() + room, memory.get() + room + guard, [](char c) { return c == '\xAA'; }));
   Bytes written(bytes, bytes + size);
   std::free(bytes);
   return written;
@@ -187,6 +189,12 @@ TEST(LzwEncoder, WritesTheBytesOfTheOracle) {
     ASSERT_NO_FATAL_FAILURE(
         ExpectTheBytesOfTheOracle(code_size, maker.Make(static_cast<size_t>(count), code_size), width))
         << i;
+  }
+  for (int64_t count = kSmallImage - 1; count <= kSmallImage + 1; ++count) {
+    for (int code_size = 2; code_size <= 11; ++code_size) {
+      ASSERT_NO_FATAL_FAILURE(
+          ExpectTheBytesOfTheOracle(code_size, maker.Make(static_cast<size_t>(count), code_size), 64));
+    }
   }
   for (const int code_size : {2, 8}) {
     ASSERT_NO_FATAL_FAILURE(ExpectTheBytesOfTheOracle(code_size, maker.Make(3000000, code_size), 2000));
