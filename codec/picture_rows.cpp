@@ -72,6 +72,13 @@ int32_t FilePosition(int32_t height, bool interlaced, int32_t row) {
   return ends.third + row / 2;
 }
 
+bool RowReader::Prepare() {
+  const int32_t width = picture_->width;
+  if (width < 1 || picture_->pixel_count >= int64_t{width} * picture_->height) return true;
+  if (!buffer_) buffer_.reset(NewRecord<uint8_t>(static_cast<size_t>(width)));
+  return buffer_ != nullptr;
+}
+
 const uint8_t* RowReader::Row(int64_t row) {
   const int32_t width = picture_->width;
   if (row < 0 || row >= picture_->height || width < 1) return nullptr;
@@ -79,8 +86,7 @@ const uint8_t* RowReader::Row(int64_t row) {
   const RowPixels found = FindRow(*picture_, position);
   in_buffer_ = found.length != width;
   if (!in_buffer_) return found.pixels;
-  if (!buffer_) buffer_.reset(NewRecord<uint8_t>(static_cast<size_t>(width)));
-  if (!buffer_) return nullptr;
+  if (!Prepare()) return nullptr;
   if (found.length > 0) std::memcpy(buffer_.get(), found.pixels, static_cast<size_t>(found.length));
   if (used_ > found.length) std::memset(buffer_.get() + found.length, 0, static_cast<size_t>(used_ - found.length));
   used_ = found.length;

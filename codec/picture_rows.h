@@ -22,6 +22,9 @@ class RowReader {
   // the picture does not have or that has no width, and without memory for the buffer.
   const uint8_t* Row(int64_t row);
 
+  // Sees to the buffer if any row needs it: each row that there is can be read then. False without memory.
+  bool Prepare();
+
   // Whether the row given last stays good for as long as the picture does.
   bool RowStays() const { return !in_buffer_; }
 

@@ -72,14 +72,14 @@ void WriteImageDescriptor(MyFILE* stream, const GifPicture* picture) {
 // No image of a file has more; one that a script claims would take for ever.
 constexpr int64_t kMostPixels = int64_t{65535} * 65535;
 
-// Calls `use` with the rows of a picture, in file order.
+// Calls `use` with the rows of a picture, in file order; with none where there is no memory for reading them all.
 template <typename Use>
 void ForEachRow(const GifPicture* picture, Use use) {
   if (picture->width < 1 || int64_t{picture->height} * picture->width > kMostPixels) return;
   RowReader rows(picture);
+  if (!rows.Prepare()) return;
   for (int32_t i = 0; i < picture->height; ++i) {
-    const uint8_t* row = rows.Row(DisplayRow(picture->height, picture->interlace != 0, i));
-    if (row) use(row);
+    use(rows.Row(DisplayRow(picture->height, picture->interlace != 0, i)));
   }
 }
 
