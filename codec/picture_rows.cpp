@@ -74,7 +74,7 @@ int32_t FilePosition(int32_t height, bool interlaced, int32_t row) {
 
 bool RowReader::Prepare() {
   const int32_t width = picture_->width;
-  if (width < 1 || picture_->pixel_count >= int64_t{width} * picture_->height) return true;
+  if (picture_->pixel_count >= int64_t{width} * picture_->height) return true;
   if (!buffer_) buffer_.reset(NewRecord<uint8_t>(static_cast<size_t>(width)));
   return buffer_ != nullptr;
 }

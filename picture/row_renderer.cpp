@@ -1,7 +1,6 @@
 #include "picture/row_renderer.h"
 
 #include <algorithm>
-#include <cstring>
 
 RowRenderer::RowRenderer(const PixelTable& table) {
   std::copy(table.begin(), table.end(), lookup_.pixels.begin());  // an assignment takes g++ longer than all the rest
@@ -12,9 +11,7 @@ RowRenderer::RowRenderer(const PixelTable& table) {
 }
 
 void RowRenderer::Render(const uint8_t* indexes, int64_t count, uint8_t* pixels) const {
-  if (!indexes) {
-    for (int64_t x = 0; x < count; ++x) std::memcpy(pixels + 4 * x, &lookup_.pixels[0], 4);
-  } else if (count >= kernel_->step) {
+  if (count >= kernel_->step) {
     kernel_->render(lookup_, indexes, count, pixels);
   } else {
     RenderPlain(lookup_, indexes, count, pixels);

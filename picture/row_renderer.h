@@ -12,8 +12,7 @@ class RowRenderer {
   // Chooses the fastest kernel that this processor and this table allow.
   explicit RowRenderer(const PixelTable& table);
 
-  // Writes `count` pixels, 4 bytes each, to `pixels`, which need not be aligned. Without indexes (null) all
-  // are 0.
+  // Writes `count` pixels, 4 bytes each, to `pixels`, which need not be aligned.
   void Render(const uint8_t* indexes, int64_t count, uint8_t* pixels) const;
 
   // The same for rows of `count` pixels with indexes, one after the other: small pictures are faster so.

@@ -21,6 +21,16 @@ std::string Written(const Gif& gif) {
   return written;
 }
 
+TEST(Records, StreamsWithoutBytesGiveZeros) {
+  for (const int64_t claimed : {0, 5}) {
+    MyFILE stream = {nullptr, claimed, 0, nullptr};
+    for (int i = 0; i < 3; ++i) EXPECT_EQ(MyGetc(&stream), 0);
+    uint8_t bytes[2] = {1, 2};
+    ReadBytes(&stream, bytes, 2);
+    EXPECT_EQ(bytes[0] + bytes[1], 0);
+  }
+}
+
 TEST(Records, AreSkippedWhereTheyAreMissing) {
   const std::string image("\x02\0\0\0\0\x02", 6);  // what follows the place: size, no table, minimum code size
   uint8_t bytes[] = {1};
