@@ -1,6 +1,6 @@
 // Lua 5.4.4's `..` remembers where in its stack it is while a metamethod runs, and goes on there when the stack has
-// moved meanwhile: a script can crash any program that way. Later versions don't. Here such a metamethod runs as a
-// coroutine, on a stack of its own, and stacks are not made smaller by collections, so that nothing moves.
+// moved meanwhile: a script can crash any program that way. Here such a metamethod runs as a coroutine, on a stack of
+// its own, and stacks are not made smaller by collections, so that nothing moves.
 //
 // These take the places of two of the library's own functions: the linker is told to call them (--wrap).
 
