@@ -28,12 +28,11 @@ std::string Heap::Dead::Describe() const { return Text(kind, " ", *type_name, "#
 
 Heap::~Heap() {
   while (graves_ > 0) Exhume();
-  bool any = false;
-  slots_.ForEachLive([&](void*) { any = true; });
-  if (any) slots_.Abandon();
+  if (!empty()) slots_.Abandon();
 }
 
 void Heap::Admit(Counted& thing, size_t handle_at, size_t handle_size) {
+  ++live_;
   thing.handle_at_ = static_cast<uint16_t>(handle_at);
   thing.handle_size_ = static_cast<uint32_t>(handle_size);
   std::memset(thing.handle(), 0, handle_size);
@@ -105,6 +104,7 @@ void Heap::Destroy(Counted& thing) {
   state = SlotState::kEnding;
   thing.~Counted();
   state = SlotState::kDead;
+  --live_;
   Bury(*new (&thing) Dead(dead));
 }
 

@@ -159,6 +159,8 @@ class Heap {
     return taken;
   }
 
+  bool empty() const { return live_ == 0; }  // nothing lives
+
   struct LiveCount {
     std::string kind;
     std::string type_name;
@@ -211,6 +213,7 @@ class Heap {
   SlotMemory slots_{this};
   Dead* first_grave_ = nullptr;  // in the order of their death
   Dead* last_grave_ = nullptr;
+  size_t live_ = 0;  // things that were made and not destroyed
   size_t graves_ = 0;
   size_t buried_bytes_ = 0;
   uint64_t next_serial_ = 1;
