@@ -198,17 +198,15 @@ class OracleReader {
   }
 
   void LimitImage() {
-    const auto at = static_cast<size_t>(stream_.position);
-    if (at + 8 > file_->size()) return;
-    uint8_t* size = file_->data() + at + 4;
-    const int64_t width = size[0] + 256 * size[1], height = size[2] + 256 * size[3];
-    if (spent_ + (width + 8) * height > limit_) {
-      size[0] &= 0x1F;
-      size[2] &= 0x0F;
-      size[1] = size[3] = 0;
-    } else {
+    const auto at = static_cast<size_t>(stream_.position) + 4;
+    const auto byte = [&](size_t i) { return at + i < file_->size() ? (*file_)[at + i] : 0; };
+    const int64_t width = byte(0) + 256 * byte(1), height = byte(2) + 256 * byte(3);
+    if (spent_ + (width + 8) * height <= limit_) {
       spent_ += (width + 8) * height;
+      return;
     }
+    static constexpr uint8_t kKept[] = {0x1F, 0, 0x0F, 0};
+    for (size_t i = 0; i < 4 && at + i < file_->size(); ++i) (*file_)[at + i] &= kKept[i];
   }
 
   void ReadImage() {

@@ -6,6 +6,7 @@
 
 #include <unistd.h>
 
+#include <cstdio>
 #include <filesystem>
 #include <string>
 
@@ -46,6 +47,10 @@ class Session {
     KeepOpened([&] { return CallGlobal(host_, "GifStringToGifZKV", {text}); });
   }
 
+  ~Session() {
+    if (saved_) std::remove(Path().c_str());  // the next session is to be the same whatever came before
+  }
+
   void Run() {
     for (int calls = 0; calls < 64 && !input_.empty(); ++calls) {
       try {
@@ -73,11 +78,14 @@ class Session {
       case 2:
         return Keep(MakeBlock());
       case 3:
-        return UseFile();
+        return Seldom(64) ? UseFile() : UseMember();
       default:
         return UseMember();
     }
   }
+
+  // Whether to do what takes long: where images are to be small, once in `often` times, else always.
+  bool Seldom(int32_t often) { return !SmallImages() || input_.Below(often) == often - 1; }
 
   void Keep(const Value& value) {
     const auto* thing = std::get_if<Ref<host::Counted>>(&value);
@@ -91,11 +99,16 @@ class Session {
     if (held_.size() > before) held_.back().opened = true;
   }
 
-  Value Item() {
+  // The one file of a session.
+  static const std::string& Path() {
     static const std::string path =
         std::filesystem::temp_directory_path() / ("session_fuzzer_" + std::to_string(getpid()) + ".gif");
+    return path;
+  }
+
+  Value Item() {
     const Ref<Object> item = NewObject(host_, "FolderItem");
-    if (auto* file = dynamic_cast<host::FolderItem*>(item.get())) file->set_path(path);
+    if (auto* file = dynamic_cast<host::FolderItem*>(item.get())) file->set_path(Path());
     return HandleValue(item);
   }
 
@@ -109,6 +122,7 @@ class Session {
   void UseFile() {
     const Ref<Object> item = host::ValueAs<Object>(Item());
     if (input_.Coin()) {
+      saved_ = true;
       Keep(CallMember(host_, item, "SaveAsGIFZKV", {Pick({Type::Kind::kObject, "GIFZKV"})}));
     } else if (input_.Coin()) {
       KeepOpened([&] { return CallMember(host_, item, "OpenAsGIFZKV"); });
@@ -173,7 +187,7 @@ class Session {
   Value NewValue(const Type& type, bool to_opened) {
     Value value = Argument(type, to_opened);
     auto* integer = std::get_if<int64_t>(&value);
-    if (integer != nullptr && SmallImages() && input_.Below(16) > 0) *integer %= 64;
+    if (integer != nullptr && !Seldom(250)) *integer &= 63;
     return value;
   }
 
@@ -206,6 +220,7 @@ class Session {
 
   Host& host_ = TheHost();
   Input input_;
+  bool saved_ = false;
   std::vector<Held> held_;
 };
 
@@ -216,9 +231,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size < 2) return 0;
   const size_t length = std::min<size_t>(data[0] + 256u * data[1], size - 2);
   Bytes document(data + 2, data + 2 + length);
-  LimitImages(&document, LargeImages() ? 1600000 : 8000);
+  LimitImages(&document, LargeImages() ? 1600000 : SmallImages() ? 1000 : 8000);
   Session(Input(data + 2 + length, size - 2 - length), document).Run();
-  if (TheHost().heap().Live().empty()) return 0;
+  if (TheHost().heap().empty()) return 0;
   TheHost().ReportLeaks();
   std::abort();
 }
