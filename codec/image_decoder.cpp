@@ -207,6 +207,7 @@ bool ImageDecoder::HasCodes() const {
 // What the loop keeps is in locals, which the stores of pixels cannot change, and is as little as can be: there are
 // registers for nearly all of it with any compiler. All that is unusual about a code shows in two comparisons.
 bool ImageDecoder::DecodeCodes() {
+  static_assert(sizeof CodeInput::block >= CodeInput::kMostBytes + sizeof(uint64_t));  // a load at the last byte
   const int32_t width = code_width_;
   const uint64_t mask = (uint64_t{1} << width) - 1;
   const uint8_t* const in = input_->block;

@@ -50,6 +50,13 @@ HostBoolean DescribeSpoiled(REALpictureStruct* picture, REALpictureDescription* 
 CGContext& Context(REALpictureDescription& d) { return *static_cast<CGContextRef>(d.platform_object); }
 gdImage& Image(REALpictureDescription& d) { return *static_cast<gdImage*>(d.platform_object); }
 
+// The image's rows, of which all but the first are missing.
+int** FirstRow(const gdImage& image) {
+  static int* rows[4];
+  rows[0] = image.tpixels[0];
+  return rows;
+}
+
 host::HostOptions OptionsFor(PictureKind kind) {
   host::HostOptions options;
   options.without = {"DrawPicture"};
@@ -199,6 +206,8 @@ TEST(Conversion, CopiesMasksWhereNothingDraws) {
       {"no rows", [](auto& d) { Image(d).tpixels = nullptr; }},
       {"no rows in one", [](auto& d) { Image(d).tpixels = turn ? nullptr : Image(d).tpixels; }},
       {"no rows in the other", [](auto& d) { Image(d).tpixels = turn ? Image(d).tpixels : nullptr; }},
+      {"rows missing in one", [](auto& d) { Image(d).tpixels = turn ? FirstRow(Image(d)) : Image(d).tpixels; }},
+      {"rows missing in the other", [](auto& d) { Image(d).tpixels = turn ? Image(d).tpixels : FirstRow(Image(d)); }},
       {"a palette in one", [](auto& d) { Image(d).pixels = turn ? palette_rows : nullptr; }},
       {"a palette in the other", [](auto& d) { Image(d).pixels = turn ? nullptr : palette_rows; }},
       {"other widths", [](auto& d) { Image(d).sx += turn; }},

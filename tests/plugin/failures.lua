@@ -101,11 +101,16 @@ for n, row in ipairs {
   reached()
 end
 
+-- Without memory for its text an error is still raised.
+local empty, release = GIFZKV(), fail(1)
+local _, message = pcall(empty.Block, empty, 7)
+assert(release() and tostring(message):find("OutOfBoundsException: Out of Bounds", 1, true), message)
+
 -- Without memory for its encoder an image has no pixels; what follows stays readable.
 local gif, n, seen, reached = GifStringToGifZKV(whole .. kEnd), 0, {}, nil
 repeat
   n = n + 1
-  local release = fail(n)
+  release = fail(n)
   local bytes = saved(gif)
   reached = release()
   seen[bytes or "none"] = true
