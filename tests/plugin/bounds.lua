@@ -53,6 +53,7 @@ local kCases = {
   { "end codes, a pixel a row", megabyte(image(1, 65535, kStrings .. codes(5, 1, kFull), 2)) },
   { "a million empty images", image(0, 0):rep(1000000), 1000000, 0 },
   { "a million extensions", ("\x21\xFE\0"):rep(1000000), 1000000, 0 },
+  { "a million sub-blocks of a byte", "\x21\xFE" .. ("\1a"):rep(1000000) .. "\0", 1, 21 },
 }
 
 local function touched() -- the most so far, in bytes
