@@ -30,6 +30,7 @@ using host::Value;
 host::HostOptions Options() {
   host::HostOptions options;
   if (std::getenv("DESKTOP_PICTURES")) options.pictures = host::PictureKind::kDesktop;
+  if (SmallImages()) options.largest_block = 1'000'000;  // a row of 2 GB takes a second
   return options;
 }
 
