@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstring>
 #include <string_view>
 
 #include "host/lua/lua_error.h"
@@ -14,19 +15,34 @@ namespace {
 
 constexpr const char* kLoadLibrary = "host.loadlib";
 
-// Calls the library's own function (the first upvalue) with "t" as the argument that says which chunks it takes.
+// Refuses a path with a zero byte: the system would take what stands in front of it for the name.
+void CheckPath(lua_State* lua, int index) {
+  size_t length = 0;
+  const char* path = lua_type(lua, index) == LUA_TSTRING ? lua_tolstring(lua, index, &length) : "";
+  if (std::strlen(path) != length) luaL_error(lua, "a path can't hold a zero byte: \"%s\\0...\"", path);
+}
+
+// Goes on as the library's own function, the first upvalue: its errors bear its name, and the script's line.
+int Original(lua_State* lua) { return lua_tocfunction(lua, lua_upvalueindex(1))(lua); }
+
+// The library's own function, whose first arguments are paths.
+template <int paths>
+int UsePaths(lua_State* lua) {
+  for (int i = 1; i <= paths; ++i) CheckPath(lua, i);
+  return Original(lua);
+}
+
+// The same with "t" as the argument that says which chunks are taken.
 template <int mode_index>
 int LoadText(lua_State* lua) {
+  if (mode_index == 2) CheckPath(lua, 1);  // loadfile's
   if (std::string_view(luaL_optstring(lua, mode_index, "t")).find('t') == std::string_view::npos) {
     return luaL_error(lua, "only text can be loaded, no binary chunks");
   }
   if (lua_gettop(lua) < mode_index) lua_settop(lua, mode_index);
   lua_pushliteral(lua, "t");
   lua_replace(lua, mode_index);
-  lua_pushvalue(lua, lua_upvalueindex(1));
-  lua_insert(lua, 1);
-  lua_call(lua, lua_gettop(lua) - 1, LUA_MULTRET);
-  return lua_gettop(lua);
+  return Original(lua);
 }
 
 // Raises the message on the stack, with the script's line in front.
@@ -40,6 +56,7 @@ int FailWhere(lua_State* lua) {
 int AllResults(lua_State* lua, int /*status*/, lua_KContext /*context*/) { return lua_gettop(lua) - 1; }
 
 int DoFile(lua_State* lua) {
+  CheckPath(lua, 1);
   const char* path = luaL_optstring(lua, 1, nullptr);
   lua_settop(lua, 1);
   if (luaL_loadfilex(lua, path, "t") != LUA_OK) return FailWhere(lua);
@@ -85,11 +102,13 @@ int FindOwnModule(lua_State* lua) {
   return 2;
 }
 
-template <int mode_index>
-void ReplaceLoader(lua_State* lua, const char* name) {
-  lua_getglobal(lua, name);
-  lua_pushcclosure(lua, LoadText<mode_index>, 1);
-  lua_setglobal(lua, name);
+// Puts `function` in the place of one of the table's functions, which becomes its upvalue.
+void Replace(lua_State* lua, const char* table, const char* name, lua_CFunction function) {
+  lua_getglobal(lua, table);
+  lua_getfield(lua, -1, name);
+  lua_pushcclosure(lua, function, 1);
+  lua_setfield(lua, -2, name);
+  lua_pop(lua, 1);
 }
 
 // Leaves `package.searchers` with that for loaded modules and ours.
@@ -135,8 +154,11 @@ void OpenLibraries(lua_State* lua, bool allow_c_modules) {
   lua_getfield(lua, -1, "loadlib");
   lua_setfield(lua, LUA_REGISTRYINDEX, kLoadLibrary);
   lua_pop(lua, 1);
-  ReplaceLoader<3>(lua, "load");
-  ReplaceLoader<2>(lua, "loadfile");
+  Replace(lua, "_G", "load", LoadText<3>);
+  Replace(lua, "_G", "loadfile", LoadText<2>);
+  for (const char* name : {"open", "lines", "input", "output"}) Replace(lua, "io", name, UsePaths<1>);
+  Replace(lua, "os", "remove", UsePaths<1>);
+  Replace(lua, "os", "rename", UsePaths<2>);
   lua_pushcfunction(lua, DoFile);
   lua_setglobal(lua, "dofile");
   KeepOfDebug(lua);

@@ -84,6 +84,12 @@ local kCases = {
   { "a zero byte in a picture's path", [[ Picture("x.png\0.txt") ]], "can't hold a zero byte" },
   { "a zero byte in an output", [[ Picture(2, 2):SavePNG(kScratch .. "/x.png\0.txt") ]], "can't hold a zero byte" },
   { "a zero byte in a question", [[ host.exists("x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in a file's name", [[ io.open("x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in the name of lines", [[ io.lines("x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in what is removed", [[ os.remove("x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in a new name", [[ os.rename("x", "x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in code's name", [[ loadfile("x\0y") ]], "can't hold a zero byte" },
+  { "a zero byte in what is run", [[ dofile("x\0y") ]], "can't hold a zero byte" },
   { "a zero byte in a member", [[ return GIFZKV()["Count\0"] ]], "has no member" },
   { "a zero byte in a global", [[ return _G["GIFZKV\0"]() ]], "nil value" },
   -- What Lua itself does with its stack.
