@@ -7,7 +7,8 @@
 namespace host {
 
 // Lua's own libraries, without what could crash the program: bytecode is not loaded, `debug` only looks (traceback,
-// getinfo, gethook), and libraries of C code can be loaded only where that is allowed. Paths with zero bytes are errors.
+// getinfo, gethook), and libraries of C code can be loaded only where that is allowed. Paths with zero bytes are
+// errors.
 void OpenLibraries(lua_State* lua, bool allow_c_modules);
 
 // Lets `require` find the shared objects in a folder, in any case.
