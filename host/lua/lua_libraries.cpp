@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cctype>
-#include <cstring>
 #include <string_view>
 
+#include "host/host/path.h"
 #include "host/lua/lua_error.h"
 #include "host/lua/lua_text.h"
 
@@ -15,11 +15,20 @@ namespace {
 
 constexpr const char* kLoadLibrary = "host.loadlib";
 
-// Refuses a path with a zero byte: the system would take what stands in front of it for the name.
-void CheckPath(lua_State* lua, int index) {
-  size_t length = 0;
-  const char* path = lua_type(lua, index) == LUA_TSTRING ? lua_tolstring(lua, index, &length) : "";
-  if (std::strlen(path) != length) luaL_error(lua, "a path can't hold a zero byte: \"%s\\0...\"", path);
+template <int paths>
+int RequirePaths(lua_State* lua) {
+  for (int i = 1; i <= paths; ++i) {
+    size_t length = 0;
+    const char* path = lua_type(lua, i) == LUA_TSTRING ? lua_tolstring(lua, i, &length) : "";
+    RequirePath({path, length});
+  }
+  return 0;
+}
+
+// Raises an error unless the first arguments, as far as they are strings, can be paths.
+template <int paths>
+void CheckPaths(lua_State* lua) {
+  Guarded<RequirePaths<paths>>(lua);
 }
 
 // Goes on as the library's own function, the first upvalue: its errors bear its name, and the script's line.
@@ -28,14 +37,13 @@ int Original(lua_State* lua) { return lua_tocfunction(lua, lua_upvalueindex(1))(
 // The library's own function, whose first arguments are paths.
 template <int paths>
 int UsePaths(lua_State* lua) {
-  for (int i = 1; i <= paths; ++i) CheckPath(lua, i);
+  CheckPaths<paths>(lua);
   return Original(lua);
 }
 
-// The same with "t" as the argument that says which chunks are taken.
+// The library's own function, with "t" as the argument that says which chunks are taken.
 template <int mode_index>
 int LoadText(lua_State* lua) {
-  if (mode_index == 2) CheckPath(lua, 1);  // loadfile's
   if (std::string_view(luaL_optstring(lua, mode_index, "t")).find('t') == std::string_view::npos) {
     return luaL_error(lua, "only text can be loaded, no binary chunks");
   }
@@ -43,6 +51,11 @@ int LoadText(lua_State* lua) {
   lua_pushliteral(lua, "t");
   lua_replace(lua, mode_index);
   return Original(lua);
+}
+
+int LoadTextFile(lua_State* lua) {
+  CheckPaths<1>(lua);
+  return LoadText<2>(lua);
 }
 
 // Raises the message on the stack, with the script's line in front.
@@ -56,7 +69,7 @@ int FailWhere(lua_State* lua) {
 int AllResults(lua_State* lua, int /*status*/, lua_KContext /*context*/) { return lua_gettop(lua) - 1; }
 
 int DoFile(lua_State* lua) {
-  CheckPath(lua, 1);
+  CheckPaths<1>(lua);
   const char* path = luaL_optstring(lua, 1, nullptr);
   lua_settop(lua, 1);
   if (luaL_loadfilex(lua, path, "t") != LUA_OK) return FailWhere(lua);
@@ -155,7 +168,7 @@ void OpenLibraries(lua_State* lua, bool allow_c_modules) {
   lua_setfield(lua, LUA_REGISTRYINDEX, kLoadLibrary);
   lua_pop(lua, 1);
   Replace(lua, "_G", "load", LoadText<3>);
-  Replace(lua, "_G", "loadfile", LoadText<2>);
+  Replace(lua, "_G", "loadfile", LoadTextFile);
   for (const char* name : {"open", "lines", "input", "output"}) Replace(lua, "io", name, UsePaths<1>);
   Replace(lua, "os", "remove", UsePaths<1>);
   Replace(lua, "os", "rename", UsePaths<2>);
